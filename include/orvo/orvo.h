@@ -1,0 +1,13 @@
+#ifndef ORVO_ORVO_H_
+#define ORVO_ORVO_H_
+
+/// @file
+/// The whole library.
+
+#include "orvo/errors.h"               // IWYU pragma: export
+#include "orvo/format.h"               // IWYU pragma: export
+#include "orvo/lock.h"                 // IWYU pragma: export
+#include "orvo/operation_log.h"        // IWYU pragma: export
+#include "orvo/thread_safe_ostream.h"  // IWYU pragma: export
+
+#endif  // ORVO_ORVO_H_

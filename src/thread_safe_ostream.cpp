@@ -1,0 +1,62 @@
+#include "orvo/thread_safe_ostream.h"
+
+#include <iostream>
+
+namespace orvo {
+
+ThreadSafeOStream::ThreadSafeOStream(std::ostream& stream) : stream_(&stream) {}
+
+ThreadSafeOStream::~ThreadSafeOStream() {
+  if (saved_buffer_ != nullptr) stream_->rdbuf(saved_buffer_);
+}
+
+ThreadSafeOStream& ThreadSafeOStream::flush() {
+  const std::lock_guard<std::mutex> guard(mutex_);
+  stream_->flush();
+  return *this;
+}
+
+void ThreadSafeOStream::redirect(const std::string& path) {
+  file_.open(path, std::ios_base::out);
+  const std::lock_guard<std::mutex> guard(mutex_);
+  saved_buffer_ = stream_->rdbuf(file_.rdbuf());
+}
+
+template ORVO_EXPORT ThreadSafeOStream& ThreadSafeOStream::operator<<(
+    std::string);
+template class OutBuffer<ThreadSafeOStream>;
+template ORVO_EXPORT OutBuffer<ThreadSafeOStream>&
+OutBuffer<ThreadSafeOStream>::operator<<(const char*) &;
+template ORVO_EXPORT OutBuffer<ThreadSafeOStream>&
+OutBuffer<ThreadSafeOStream>::operator<<(int) &;
+template ORVO_EXPORT OutBuffer<ThreadSafeOStream>&
+OutBuffer<ThreadSafeOStream>::operator<<(std::string) &;
+
+const EndlT endl;
+const FlushT flush;
+const RollbackT rollback;
+
+ThreadSafeOStream thread_safe_cout(std::cout);
+
+CoutBuffer::CoutBuffer() : OutBuffer<ThreadSafeOStream>(thread_safe_cout) {}
+CoutBuffer::~CoutBuffer() = default;
+
+CoutBuffer& CoutBuffer::operator<<(
+    std::ostream& (*manipulator)(std::ostream&)) & {
+  OutBuffer<ThreadSafeOStream>::operator<<(manipulator);
+  return *this;
+}
+
+CoutBuffer& CoutBuffer::operator<<(EndlT) & {
+  return *this << "\n";
+}
+
+template ORVO_EXPORT CoutBuffer& CoutBuffer::operator<<(const char*) &;
+template ORVO_EXPORT CoutBuffer& CoutBuffer::operator<<(int) &;
+template ORVO_EXPORT CoutBuffer& CoutBuffer::operator<<(std::string) &;
+
+void RedirectCout(const std::string& path) {
+  thread_safe_cout.redirect(path);
+}
+
+}  // namespace orvo

@@ -1,0 +1,6 @@
+#include "orvo/errors.h"
+
+namespace {
+
+TEST(X, Y) {}
+}  // namespace

@@ -1,0 +1,47 @@
+#ifndef ORVO_TESTS_SUPPORT_INTERPOSE_CALLS_H_
+#define ORVO_TESTS_SUPPORT_INTERPOSE_CALLS_H_
+
+/// @file
+/// The interposed functions by name, for hooks. Each is defined in the file of
+/// its name, which only the programs that interpose it contain.
+
+#include <pthread.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstddef>
+#include <ctime>
+
+#include "tests/support/interpose.h"
+
+namespace orvo_test {
+
+/// For functions that return -1 and set errno.
+inline int FailWithErrno(int error) {
+  errno = error;
+  return -1;
+}
+
+/// For functions that return the error number itself.
+inline int FailWithResult(int error) {
+  return error;
+}
+
+/// For functions that return a null pointer and set errno.
+template <typename Pointer>
+Pointer FailWithNull(int error) {
+  errno = error;
+  return nullptr;
+}
+
+extern Interposed<int(pthread_mutex_t*)> pthread_mutex_lock_calls;
+extern Interposed<int(pthread_mutex_t*)> pthread_mutex_trylock_calls;
+extern Interposed<int(pthread_mutex_t*)> pthread_mutex_unlock_calls;
+extern Interposed<int(const timespec*, timespec*)> nanosleep_calls;
+extern Interposed<int(int, char*, std::size_t)> strerror_r_calls;
+extern Interposed<int(char*, std::size_t, const char*, va_list)>
+    vsnprintf_calls;
+
+}  // namespace orvo_test
+
+#endif  // ORVO_TESTS_SUPPORT_INTERPOSE_CALLS_H_
