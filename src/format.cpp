@@ -69,8 +69,8 @@ std::string format(const char* fmt, ...) {
   return Expand(fmt, args);
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): no reference can stand
-// before a variable argument list.
+// By value, because no reference can stand before a variable argument list.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 std::string format(std::string fmt, ...) {
   va_list args;
   va_start(args, fmt);
