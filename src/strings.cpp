@@ -9,14 +9,69 @@
 namespace orvo {
 namespace {
 
-// Whether the text is an integer if its points and outer spaces are left out.
-bool IsIntegerBesidePoints(std::string_view text) {
-  const auto first = text.find_first_not_of(" .");
-  if (first == std::string_view::npos) return true;
-  text = text.substr(first, text.find_last_not_of(" .") - first + 1);
-  if (text[0] == '-' || text[0] == '+') text.remove_prefix(1);
-  return std::all_of(text.begin(), text.end(),
-                     [](char c) { return internal::IsDigit(c) || c == '.'; });
+// Visits a text block by block until a visit fails. The size of a block is a
+// constant, so that the compiler turns a visit into a few vector instructions;
+// the last block may overlap the one before.
+template <std::size_t kBlock, typename Visit>
+bool EveryBlockOf(std::size_t size, Visit visit) {
+  constexpr std::integral_constant<std::size_t, kBlock> kSize;
+  for (std::size_t start = 0; start + kBlock < size; start += kBlock) {
+    if (!visit(start, kSize)) return false;
+  }
+  return visit(size - kBlock, kSize);
+}
+
+template <typename Visit>
+bool EveryBlock(std::size_t size, Visit visit) {
+  if (size >= 16) return EveryBlockOf<16>(size, visit);
+  if (size >= 8) return EveryBlockOf<8>(size, visit);
+  return size == 0 || EveryBlockOf<1>(size, visit);
+}
+
+template <typename IsMember>
+bool HasOnly(const std::string& text, IsMember is_member) {
+  const char* const data = text.data();
+  return EveryBlock(text.size(), [=](std::size_t start, auto size) {
+    unsigned char strangers = 0;
+    for (std::size_t i = start; i < start + size; ++i) {
+      strangers |= static_cast<unsigned char>(!is_member(data[i]));
+    }
+    return strangers == 0;
+  });
+}
+
+template <typename Change>
+std::string ChangeEach(const std::string& text, Change change) {
+  std::string changed = text;
+  char* const data = changed.data();
+  EveryBlock(text.size(), [=](std::size_t start, auto size) {
+    for (std::size_t i = start; i < start + size; ++i) {
+      data[i] = change(data[i]);
+    }
+    return true;
+  });
+  return changed;
+}
+
+// Whether the text is an integer once that many points, which may stand
+// anywhere, and the spaces around it are left out.
+bool IsNumber(const std::string& text, int points_allowed) {
+  const char* next = text.data();
+  const char* const end = next + text.size();
+  int points = 0;
+  const auto skip_point_or = [&](auto is_member) {
+    for (; next != end; ++next) {
+      if (is_member(*next)) continue;
+      if (*next != '.') return;
+      if (++points > points_allowed) return;
+    }
+  };
+  const auto is_space = [](char c) { return c == ' '; };
+  skip_point_or(is_space);
+  if (next != end && (*next == '-' || *next == '+')) ++next;
+  skip_point_or(internal::IsDigit);
+  skip_point_or(is_space);
+  return next == end;
 }
 
 int SaturateToInt(unsigned long long value) {
@@ -27,45 +82,79 @@ int SaturateToInt(unsigned long long value) {
 }  // namespace
 
 std::string to_lower(const std::string& text) {
-  std::string lower = text;
-  for (char& c : lower) c = internal::ToLower(c);
-  return lower;
+  return ChangeEach(text, [](char c) { return internal::ToLower(c); });
 }
 
 std::string to_upper(const std::string& text) {
-  std::string upper = text;
-  for (char& c : upper) c = internal::ToUpper(c);
-  return upper;
-}
-
-bool endswith(const std::string& text, const std::string& suffix) {
-  return text.size() >= suffix.size() &&
-         text.compare(text.size() - suffix.size(), suffix.size(), suffix) == 0;
+  return ChangeEach(text, [](char c) { return internal::ToUpper(c); });
 }
 
 bool StringIsDigits(std::string& text) {
-  return std::all_of(text.begin(), text.end(), internal::IsDigit);
+  return HasOnly(text, [](char c) { return internal::IsDigit(c); });
 }
 
 bool StringIsAlpha(std::string& text) {
-  return std::all_of(text.begin(), text.end(), internal::IsAlpha);
+  return HasOnly(text, [](char c) { return internal::IsAlpha(c); });
 }
 
 bool StringIsAlphaNumeric(std::string& text) {
-  return std::all_of(text.begin(), text.end(), internal::IsAlnum);
+  return HasOnly(text, [](char c) { return internal::IsAlnum(c); });
 }
 
 bool StringIsInteger(const std::string& text) {
-  return text.find('.') == std::string::npos && IsIntegerBesidePoints(text);
+  return IsNumber(text, 0);
 }
 
 bool StringIsFloat(const std::string& text) {
-  return text.find('.') == text.rfind('.') && IsIntegerBesidePoints(text);
+  return IsNumber(text, 1);
 }
 
 template <typename Integer>
 void ReadInteger_(const std::string& text, Integer& value) {
   internal::ReadNumber<10>(text, value);
+}
+
+std::size_t CountCuts_(const std::string& text, char separator,
+                       std::size_t most) {
+  constexpr std::size_t kBlock = 16;
+  const char* const data = text.data();
+  std::size_t cuts = 0;
+  std::size_t start = 0;
+  for (; start + kBlock <= text.size() && cuts < most; start += kBlock) {
+    unsigned char cuts_here = 0;
+    for (std::size_t i = start; i < start + kBlock; ++i) {
+      if (data[i] == separator) ++cuts_here;
+    }
+    cuts += cuts_here;
+  }
+  for (; start < text.size() && cuts < most; ++start) {
+    if (data[start] == separator) ++cuts;
+  }
+  return std::min(cuts, most);
+}
+
+// Most texts that are joined are short: two overlapping copies of a constant
+// size need no call.
+char* CopyText_(char* place, std::string_view text) {
+  const std::size_t size = text.size();
+  const auto copy_ends = [&](auto half) {
+    std::memcpy(place, text.data(), half);
+    std::memcpy(place + size - half, text.data() + size - half, half);
+  };
+  if (size > 32) {
+    std::memcpy(place, text.data(), size);
+  } else if (size >= 16) {
+    copy_ends(std::integral_constant<std::size_t, 16>());
+  } else if (size >= 8) {
+    copy_ends(std::integral_constant<std::size_t, 8>());
+  } else if (size >= 4) {
+    copy_ends(std::integral_constant<std::size_t, 4>());
+  } else if (size != 0) {
+    place[0] = text[0];
+    place[size / 2] = text[size / 2];
+    place[size - 1] = text[size - 1];
+  }
+  return place + size;
 }
 
 std::string JoinString(const std::vector<std::string>& items,

@@ -17,6 +17,7 @@
 /// from any thread at once.
 
 #include <cstddef>
+#include <cstring>
 #include <deque>
 #include <initializer_list>
 #include <iterator>
@@ -71,7 +72,12 @@ ORVO_EXPORT std::string to_lower(const std::string& text);
 ORVO_EXPORT std::string to_upper(const std::string& text);
 
 /// Whether the text ends with @p suffix; every text ends with the empty one.
-ORVO_EXPORT bool endswith(const std::string& text, const std::string& suffix);
+ORVO_EXPORT_INLINE inline bool endswith(const std::string& text,
+                                        const std::string& suffix) {
+  const std::size_t size = suffix.size();
+  return text.size() >= size && std::memcmp(text.data() + text.size() - size,
+                                            suffix.data(), size) == 0;
+}
 
 /// Whether there are only digits; true for the empty text.
 ORVO_EXPORT bool StringIsDigits(std::string& text);
@@ -155,6 +161,30 @@ ORVO_EXPORT_INLINE inline std::size_t GetTokenSize_(const std::string& token) {
   return token.size();
 }
 
+/// @cond
+// How often a text can be cut at a separator, up to a largest number.
+ORVO_EXPORT std::size_t CountCuts_(const std::string& text, char separator,
+                                   std::size_t most);
+
+template <typename Separator>
+std::size_t CountCuts_(const std::string& text, const Separator& separator,
+                       std::size_t most) {
+  std::size_t cuts = 0;
+  std::size_t found = text.find(separator);
+  for (; cuts != most && found != std::string::npos; ++cuts) {
+    found = text.find(separator, found + GetTokenSize_(separator));
+  }
+  return cuts;
+}
+
+// Copies a text to a place that is large enough, and returns the place's end.
+inline char* CopyText_(char* place, char text) {
+  *place = text;
+  return place + 1;
+}
+ORVO_EXPORT char* CopyText_(char* place, std::string_view text);
+/// @endcond
+
 /// Cuts a text at its separators, which are dropped.
 ///
 /// @code
@@ -174,15 +204,18 @@ std::vector<std::string> SplitString(const std::string& text,
   if (separator_size == 0) {
     throw std::invalid_argument("token must have non-zero length.");
   }
+  // A negative number becomes one that no text reaches.
+  std::size_t cuts =
+      CountCuts_(text, separator, static_cast<std::size_t>(maxsplit));
   std::vector<std::string> parts;
+  parts.reserve(cuts + 1);
   std::size_t start = 0;
-  for (int cuts = 0; cuts != maxsplit; ++cuts) {
+  for (; cuts != 0; --cuts) {
     const std::size_t end = text.find(separator, start);
-    if (end == std::string::npos) break;
-    parts.emplace_back(text, start, end - start);
+    parts.emplace_back(text.data() + start, end - start);
     start = end + separator_size;
   }
-  parts.emplace_back(text, start);
+  parts.emplace_back(text.data() + start, text.size() - start);
   return parts;
 }
 
@@ -200,19 +233,19 @@ template <typename Iterator, typename Separator,
           typename = RequireTexts_<Iterator>>
 std::string JoinString(Iterator first, Iterator last,
                        const Separator& separator) {
-  std::string joined;
-  if (first == last) return joined;
+  if (first == last) return std::string();
 
+  const std::size_t separator_size = GetTokenSize_(separator);
   std::size_t size = 0;
   for (Iterator item = first; item != last; ++item) {
-    size += std::string_view(*item).size() + GetTokenSize_(separator);
+    size += std::string_view(*item).size() + separator_size;
   }
-  joined.reserve(size - GetTokenSize_(separator));
+  std::string joined(size - separator_size, '\0');
 
-  joined += std::string_view(*first);
+  char* end = CopyText_(joined.data(), *first);
   while (++first != last) {
-    joined += separator;
-    joined += std::string_view(*first);
+    end = CopyText_(end, separator);
+    end = CopyText_(end, *first);
   }
   return joined;
 }
