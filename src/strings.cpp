@@ -1,6 +1,7 @@
 #include "orvo/strings.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <limits>
 
 #include "internal/ascii.h"
@@ -30,11 +31,11 @@ bool EveryBlock(std::size_t size, Visit visit) {
 
 template <typename IsMember>
 bool HasOnly(const std::string& text, IsMember is_member) {
-  const char* const data = text.data();
-  return EveryBlock(text.size(), [=](std::size_t start, auto size) {
+  return EveryBlock(text.size(), [&](std::size_t start, auto size) {
+    const char* const block = text.data() + start;
     unsigned char strangers = 0;
-    for (std::size_t i = start; i < start + size; ++i) {
-      strangers |= static_cast<unsigned char>(!is_member(data[i]));
+    for (std::size_t i = 0; i < size; ++i) {
+      strangers |= static_cast<unsigned char>(!is_member(block[i]));
     }
     return strangers == 0;
   });
@@ -43,35 +44,57 @@ bool HasOnly(const std::string& text, IsMember is_member) {
 template <typename Change>
 std::string ChangeEach(const std::string& text, Change change) {
   std::string changed = text;
-  char* const data = changed.data();
-  EveryBlock(text.size(), [=](std::size_t start, auto size) {
-    for (std::size_t i = start; i < start + size; ++i) {
-      data[i] = change(data[i]);
-    }
+  EveryBlock(text.size(), [&](std::size_t start, auto size) {
+    char block[size];
+    std::memcpy(block, text.data() + start, size);
+    for (char& c : block) c = change(c);
+    std::memcpy(changed.data() + start, block, size);
     return true;
   });
   return changed;
 }
 
-// Whether the text is an integer once that many points, which may stand
-// anywhere, and the spaces around it are left out.
-bool IsNumber(const std::string& text, int points_allowed) {
-  const char* next = text.data();
-  const char* const end = next + text.size();
-  int points = 0;
-  const auto skip_point_or = [&](auto is_member) {
-    for (; next != end; ++next) {
-      if (is_member(*next)) continue;
-      if (*next != '.') return;
-      if (++points > points_allowed) return;
-    }
-  };
-  const auto is_space = [](char c) { return c == ' '; };
-  skip_point_or(is_space);
-  if (next != end && (*next == '-' || *next == '+')) ++next;
-  skip_point_or(internal::IsDigit);
-  skip_point_or(is_space);
+const char* SkipSpaces(const char* next, const char* end) {
+  while (next != end && *next == ' ') ++next;
+  return next;
+}
+
+const char* SkipDigits(const char* next, const char* end) {
+  while (next != end && internal::IsDigit(*next)) ++next;
+  return next;
+}
+
+// The one point that a number may have, wherever it stands.
+class Point {
+ public:
+  explicit Point(bool allowed) : allowed_(allowed) {}
+
+  // Whether the next character is that point.
+  bool IsAt(const char* next, const char* end) {
+    if (!allowed_ || next == end || *next != '.') return false;
+    allowed_ = false;
+    return true;
+  }
+
+ private:
+  bool allowed_;
+};
+
+// Whether digits and then spaces fill the rest of a number.
+bool IsRestOfNumber(const char* next, const char* end, Point point) {
+  next = SkipDigits(next, end);
+  if (point.IsAt(next, end)) next = SkipDigits(next + 1, end);
+  next = SkipSpaces(next, end);
+  if (point.IsAt(next, end)) next = SkipSpaces(next + 1, end);
   return next == end;
+}
+
+bool IsNumber(const std::string& text, Point point) {
+  const char* const end = text.data() + text.size();
+  const char* next = SkipSpaces(text.data(), end);
+  if (point.IsAt(next, end)) next = SkipSpaces(next + 1, end);
+  if (next != end && (*next == '-' || *next == '+')) ++next;
+  return IsRestOfNumber(next, end, point);
 }
 
 int SaturateToInt(unsigned long long value) {
@@ -102,16 +125,31 @@ bool StringIsAlphaNumeric(std::string& text) {
 }
 
 bool StringIsInteger(const std::string& text) {
-  return IsNumber(text, 0);
+  return IsNumber(text, Point(false));
 }
 
 bool StringIsFloat(const std::string& text) {
-  return IsNumber(text, 1);
+  return IsNumber(text, Point(true));
 }
 
 template <typename Integer>
 void ReadInteger_(const std::string& text, Integer& value) {
   internal::ReadNumber<10>(text, value);
+}
+
+template <typename Integer>
+bool ReadCheckedInteger_(const std::string& text, Integer& value) {
+  const char* const end = text.data() + text.size();
+  const char* const first = SkipSpaces(text.data(), end);
+  if (first == end) return true;
+
+  Integer number;
+  const char* const rest = internal::ReadSignAndDigits<10>(first, end, number);
+  // A point in front of the sign hides the number from the reader.
+  const bool valid = *first == '.' ? IsNumber(text, Point(true))
+                                   : IsRestOfNumber(rest, end, Point(true));
+  if (valid) value = number;
+  return valid;
 }
 
 std::size_t CountCuts_(const std::string& text, char separator,
@@ -133,28 +171,27 @@ std::size_t CountCuts_(const std::string& text, char separator,
   return std::min(cuts, most);
 }
 
-// Most texts that are joined are short: two overlapping copies of a constant
-// size need no call.
-char* CopyText_(char* place, std::string_view text) {
-  const std::size_t size = text.size();
-  const auto copy_ends = [&](auto half) {
-    std::memcpy(place, text.data(), half);
-    std::memcpy(place + size - half, text.data() + size - half, half);
-  };
-  if (size > 32) {
-    std::memcpy(place, text.data(), size);
-  } else if (size >= 16) {
-    copy_ends(std::integral_constant<std::size_t, 16>());
-  } else if (size >= 8) {
-    copy_ends(std::integral_constant<std::size_t, 8>());
-  } else if (size >= 4) {
-    copy_ends(std::integral_constant<std::size_t, 4>());
-  } else if (size != 0) {
-    place[0] = text[0];
-    place[size / 2] = text[size / 2];
-    place[size - 1] = text[size - 1];
+std::size_t FindSeparator_(const std::string& text, char separator,
+                           std::size_t start) {
+  const char* const first = text.data() + start;
+  std::size_t size = text.size() - start;
+#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+  // Most parts are short: eight bytes at once find their end without a call.
+  // The highest bit of each byte that is a separator is set.
+  if (size >= 8) {
+    constexpr std::uint64_t kLowBits = 0x7f7f7f7f7f7f7f7f;
+    std::uint64_t bytes;
+    std::memcpy(&bytes, first, 8);
+    bytes ^= 0x0101010101010101 * static_cast<unsigned char>(separator);
+    const std::uint64_t found =
+        ~(((bytes & kLowBits) + kLowBits) | bytes | kLowBits);
+    if (found != 0)
+      return start + static_cast<std::size_t>(__builtin_ctzll(found)) / 8;
   }
-  return place + size;
+#endif
+  return start + static_cast<std::size_t>(static_cast<const char*>(std::memchr(
+                                              first, separator, size)) -
+                                          first);
 }
 
 std::string JoinString(const std::vector<std::string>& items,
@@ -254,13 +291,24 @@ std::string format_paragraph(std::string text, int indent, int width) {
 
 template ORVO_EXPORT std::string strip(const std::string&);
 template ORVO_EXPORT void ReadInteger_(const std::string&, short&);
+template ORVO_EXPORT bool ReadCheckedInteger_(const std::string&, short&);
 template ORVO_EXPORT void ReadInteger_(const std::string&, unsigned short&);
+template ORVO_EXPORT bool ReadCheckedInteger_(const std::string&,
+                                              unsigned short&);
 template ORVO_EXPORT void ReadInteger_(const std::string&, int&);
+template ORVO_EXPORT bool ReadCheckedInteger_(const std::string&, int&);
 template ORVO_EXPORT void ReadInteger_(const std::string&, unsigned&);
+template ORVO_EXPORT bool ReadCheckedInteger_(const std::string&, unsigned&);
 template ORVO_EXPORT void ReadInteger_(const std::string&, long&);
+template ORVO_EXPORT bool ReadCheckedInteger_(const std::string&, long&);
 template ORVO_EXPORT void ReadInteger_(const std::string&, unsigned long&);
+template ORVO_EXPORT bool ReadCheckedInteger_(const std::string&,
+                                              unsigned long&);
 template ORVO_EXPORT void ReadInteger_(const std::string&, long long&);
+template ORVO_EXPORT bool ReadCheckedInteger_(const std::string&, long long&);
 template ORVO_EXPORT void ReadInteger_(const std::string&, unsigned long long&);
+template ORVO_EXPORT bool ReadCheckedInteger_(const std::string&,
+                                              unsigned long long&);
 template ORVO_EXPORT bool StringToNumber(const std::string&, int&);
 template ORVO_EXPORT int StringToNumber(const std::string&);
 template ORVO_EXPORT std::vector<std::string> SplitString(const std::string&,

@@ -102,19 +102,17 @@ ORVO_EXPORT bool StringIsInteger(const std::string& text);
 ORVO_EXPORT bool StringIsFloat(const std::string& text);
 
 /// @cond
-// Reads the integer at the front of a text; untouched if the text is blank.
+// The two forms of StringToNumber() without a stream.
+template <typename Integer>
+bool ReadCheckedInteger_(const std::string& text, Integer& value);
 template <typename Integer>
 void ReadInteger_(const std::string& text, Integer& value);
 
-template <typename Number>
-void ReadNumber_(const std::string& text, Number& value) {
-  if constexpr (is_integer_text_<Number>) {
-    ReadInteger_(text, value);
-  } else {
-    std::stringstream stream(strip(text));
-    stream.imbue(std::locale::classic());
-    stream >> value;
-  }
+template <typename Value>
+void ReadFromStream_(const std::string& text, Value& value) {
+  std::stringstream stream(strip(text));
+  stream.imbue(std::locale::classic());
+  stream >> value;
 }
 /// @endcond
 
@@ -134,10 +132,14 @@ void ReadNumber_(const std::string& text, Number& value) {
 ///               blank text and a lone sign or point have it.
 template <typename Number>
 bool StringToNumber(const std::string& text, Number& value) {
-  // A text without a point is a float exactly if it is an integer.
-  if (!StringIsFloat(text)) return false;
-  ReadNumber_(text, value);
-  return true;
+  if constexpr (is_integer_text_<Number>) {
+    return ReadCheckedInteger_(text, value);
+  } else {
+    // A text without a point is a float exactly if it is an integer.
+    if (!StringIsFloat(text)) return false;
+    ReadFromStream_(text, value);
+    return true;
+  }
 }
 
 /// The number at the front of a text, read as a stream reads it; nothing is
@@ -147,7 +149,11 @@ bool StringToNumber(const std::string& text, Number& value) {
 template <typename Number>
 Number StringToNumber(const std::string& text) {
   Number value{};
-  ReadNumber_(text, value);
+  if constexpr (is_integer_text_<Number>) {
+    ReadInteger_(text, value);
+  } else {
+    ReadFromStream_(text, value);
+  }
   return value;
 }
 
@@ -177,12 +183,48 @@ std::size_t CountCuts_(const std::string& text, const Separator& separator,
   return cuts;
 }
 
-// Copies a text to a place that is large enough, and returns the place's end.
+// The next place of a separator that is known to be there.
+ORVO_EXPORT std::size_t FindSeparator_(const std::string& text, char separator,
+                                       std::size_t start);
+
+template <typename Separator>
+std::size_t FindSeparator_(const std::string& text, const Separator& separator,
+                           std::size_t start) {
+  return text.find(separator, start);
+}
+
+template <std::size_t kSize>
+void CopyEnds_(char* place, std::string_view text) {
+  std::memcpy(place, text.data(), kSize);
+  std::memcpy(place + text.size() - kSize, text.data() + text.size() - kSize,
+              kSize);
+}
+
+// Copies a text to a place that is large enough, and returns the end of the
+// copy. Most texts that are joined are short: two overlapping copies of a
+// constant size need no call.
+inline char* CopyText_(char* place, std::string_view text) {
+  const std::size_t size = text.size();
+  if (size > 32) {
+    std::memcpy(place, text.data(), size);
+  } else if (size >= 16) {
+    CopyEnds_<16>(place, text);
+  } else if (size >= 8) {
+    CopyEnds_<8>(place, text);
+  } else if (size >= 4) {
+    CopyEnds_<4>(place, text);
+  } else if (size >= 2) {
+    CopyEnds_<2>(place, text);
+  } else if (size == 1) {
+    *place = text[0];
+  }
+  return place + size;
+}
+
 inline char* CopyText_(char* place, char text) {
   *place = text;
   return place + 1;
 }
-ORVO_EXPORT char* CopyText_(char* place, std::string_view text);
 /// @endcond
 
 /// Cuts a text at its separators, which are dropped.
@@ -211,7 +253,7 @@ std::vector<std::string> SplitString(const std::string& text,
   parts.reserve(cuts + 1);
   std::size_t start = 0;
   for (; cuts != 0; --cuts) {
-    const std::size_t end = text.find(separator, start);
+    const std::size_t end = FindSeparator_(text, separator, start);
     parts.emplace_back(text.data() + start, end - start);
     start = end + separator_size;
   }
