@@ -97,6 +97,90 @@ bool IsNumber(const std::string& text, Point point) {
   return IsRestOfNumber(next, end, point);
 }
 
+// How often a text can be cut at a separator, up to a largest number.
+std::size_t CountCuts(const std::string& text, char separator,
+                      std::size_t most) {
+  constexpr std::size_t kBlock = 16;
+  const char* const data = text.data();
+  std::size_t cuts = 0;
+  std::size_t start = 0;
+  for (; start + kBlock <= text.size() && cuts < most; start += kBlock) {
+    unsigned char cuts_here = 0;
+    for (std::size_t i = 0; i < kBlock; ++i) {
+      if (data[start + i] == separator) ++cuts_here;
+    }
+    cuts += cuts_here;
+  }
+  for (; start < text.size() && cuts < most; ++start) {
+    if (data[start] == separator) ++cuts;
+  }
+  return std::min(cuts, most);
+}
+
+// The first separator, which is known to be there.
+const char* FindSeparator(const char* start, const char* end, char separator) {
+#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+  // Most parts are short: eight bytes at once find their end without a call.
+  if (end - start >= 8) {
+    constexpr std::uint64_t kLowBits = 0x7f7f7f7f7f7f7f7f;
+    std::uint64_t bytes;
+    std::memcpy(&bytes, start, sizeof bytes);
+    bytes ^= 0x0101010101010101 * static_cast<unsigned char>(separator);
+    // The highest bit of each byte that was a separator.
+    const std::uint64_t found =
+        ~(((bytes & kLowBits) + kLowBits) | bytes | kLowBits);
+    if (found != 0) return start + __builtin_ctzll(found) / 8;
+  }
+#endif
+  return static_cast<const char*>(
+      std::memchr(start, separator, static_cast<std::size_t>(end - start)));
+}
+
+template <std::size_t kSize>
+void CopyEnds(char* place, std::string_view text) {
+  const std::size_t rest = text.size() - kSize;
+  std::memcpy(place, text.data(), kSize);
+  std::memcpy(place + rest, text.data() + rest, kSize);
+}
+
+// Copies a text to a place that is large enough, and returns the end of the
+// copy. Most texts that are joined are short: two overlapping copies of a
+// constant size need no call.
+[[gnu::always_inline]] inline char* CopyText(char* place,
+                                             std::string_view text) {
+  const std::size_t size = text.size();
+  if (size < 16) {
+    if (size >= 8) {
+      CopyEnds<8>(place, text);
+    } else if (size >= 4) {
+      CopyEnds<4>(place, text);
+    } else if (size >= 2) {
+      CopyEnds<2>(place, text);
+    } else if (size == 1) {
+      *place = text[0];
+    }
+  } else if (size <= 32) {
+    CopyEnds<16>(place, text);
+  } else if (size <= 64) {
+    CopyEnds<32>(place, text);
+  } else {
+    std::memcpy(place, text.data(), size);
+  }
+  return place + size;
+}
+
+// The separator is put by a function of its own, so that the usual ones of one
+// or two characters need no call either.
+template <typename PutSeparator>
+void Join(char* place, const std::string* items, std::size_t count,
+          PutSeparator put_separator) {
+  const std::string* const last = items + count - 1;
+  for (; items != last; ++items) {
+    place = put_separator(CopyText(place, *items));
+  }
+  CopyText(place, *last);
+}
+
 int SaturateToInt(unsigned long long value) {
   constexpr int kMax = std::numeric_limits<int>::max();
   return value > kMax ? kMax : static_cast<int>(value);
@@ -152,51 +236,55 @@ bool ReadCheckedInteger_(const std::string& text, Integer& value) {
   return valid;
 }
 
-std::size_t CountCuts_(const std::string& text, char separator,
-                       std::size_t most) {
-  constexpr std::size_t kBlock = 16;
-  const char* const data = text.data();
-  std::size_t cuts = 0;
-  std::size_t start = 0;
-  for (; start + kBlock <= text.size() && cuts < most; start += kBlock) {
-    unsigned char cuts_here = 0;
-    for (std::size_t i = start; i < start + kBlock; ++i) {
-      if (data[i] == separator) ++cuts_here;
-    }
-    cuts += cuts_here;
+template <>
+std::vector<std::string> SplitString(const std::string& text,
+                                     const char& separator, int maxsplit) {
+  // A negative number becomes one that no text reaches.
+  std::size_t cuts =
+      CountCuts(text, separator, static_cast<std::size_t>(maxsplit));
+  std::vector<std::string> parts;
+  parts.reserve(cuts + 1);
+  const char* start = text.data();
+  const char* const end = start + text.size();
+  for (; cuts != 0; --cuts) {
+    const char* const cut = FindSeparator(start, end, separator);
+    parts.emplace_back(start, cut);
+    start = cut + 1;
   }
-  for (; start < text.size() && cuts < most; ++start) {
-    if (data[start] == separator) ++cuts;
-  }
-  return std::min(cuts, most);
-}
-
-std::size_t FindSeparator_(const std::string& text, char separator,
-                           std::size_t start) {
-  const char* const first = text.data() + start;
-  std::size_t size = text.size() - start;
-#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
-  // Most parts are short: eight bytes at once find their end without a call.
-  // The highest bit of each byte that is a separator is set.
-  if (size >= 8) {
-    constexpr std::uint64_t kLowBits = 0x7f7f7f7f7f7f7f7f;
-    std::uint64_t bytes;
-    std::memcpy(&bytes, first, 8);
-    bytes ^= 0x0101010101010101 * static_cast<unsigned char>(separator);
-    const std::uint64_t found =
-        ~(((bytes & kLowBits) + kLowBits) | bytes | kLowBits);
-    if (found != 0)
-      return start + static_cast<std::size_t>(__builtin_ctzll(found)) / 8;
-  }
-#endif
-  return start + static_cast<std::size_t>(static_cast<const char*>(std::memchr(
-                                              first, separator, size)) -
-                                          first);
+  parts.emplace_back(start, end);
+  return parts;
 }
 
 std::string JoinString(const std::vector<std::string>& items,
                        const std::string& separator) {
-  return JoinString(items.begin(), items.end(), separator);
+  return JoinArray_(items.data(), items.size(), separator);
+}
+
+std::string JoinArray_(const std::string* items, std::size_t count,
+                       std::string_view separator) {
+  if (count == 0) return std::string();
+  std::size_t size = separator.size() * (count - 1);
+  for (std::size_t i = 0; i < count; ++i) size += items[i].size();
+  std::string joined(size, '\0');
+
+  char* const place = joined.data();
+  const char* const source = separator.data();
+  if (separator.size() == 1) {
+    Join(place, items, count, [=](char* next) {
+      *next = *source;
+      return next + 1;
+    });
+  } else if (separator.size() == 2) {
+    Join(place, items, count, [=](char* next) {
+      std::memcpy(next, source, 2);
+      return next + 2;
+    });
+  } else {
+    Join(place, items, count, [=](char* next) {
+      return next + separator.copy(next, separator.size());
+    });
+  }
+  return joined;
 }
 
 Tokenizer_::Tokenizer_(std::string_view text) : pieces_{text} {}
@@ -311,8 +399,6 @@ template ORVO_EXPORT bool ReadCheckedInteger_(const std::string&,
                                               unsigned long long&);
 template ORVO_EXPORT bool StringToNumber(const std::string&, int&);
 template ORVO_EXPORT int StringToNumber(const std::string&);
-template ORVO_EXPORT std::vector<std::string> SplitString(const std::string&,
-                                                          const char&, int);
 template ORVO_EXPORT std::string JoinString(const std::string*,
                                             const std::string*, const char&);
 template ORVO_EXPORT std::string JoinString(StringIterator_, StringIterator_,

@@ -43,6 +43,14 @@ using RequireTexts_ = std::enable_if_t<std::is_convertible_v<
 template <typename Type, typename... Types>
 inline constexpr bool is_one_of_ = (std::is_same_v<Type, Types> || ...);
 
+using StringIterator_ = std::vector<std::string>::iterator;
+using ConstStringIterator_ = std::vector<std::string>::const_iterator;
+
+template <typename Iterator>
+inline constexpr bool is_array_of_strings_ =
+    is_one_of_<Iterator, std::string*, const std::string*, StringIterator_,
+               ConstStringIterator_>;
+
 // The types that a stream reads as integers; it takes a char for a character.
 template <typename Number>
 inline constexpr bool is_integer_text_ =
@@ -167,66 +175,6 @@ ORVO_EXPORT_INLINE inline std::size_t GetTokenSize_(const std::string& token) {
   return token.size();
 }
 
-/// @cond
-// How often a text can be cut at a separator, up to a largest number.
-ORVO_EXPORT std::size_t CountCuts_(const std::string& text, char separator,
-                                   std::size_t most);
-
-template <typename Separator>
-std::size_t CountCuts_(const std::string& text, const Separator& separator,
-                       std::size_t most) {
-  std::size_t cuts = 0;
-  std::size_t found = text.find(separator);
-  for (; cuts != most && found != std::string::npos; ++cuts) {
-    found = text.find(separator, found + GetTokenSize_(separator));
-  }
-  return cuts;
-}
-
-// The next place of a separator that is known to be there.
-ORVO_EXPORT std::size_t FindSeparator_(const std::string& text, char separator,
-                                       std::size_t start);
-
-template <typename Separator>
-std::size_t FindSeparator_(const std::string& text, const Separator& separator,
-                           std::size_t start) {
-  return text.find(separator, start);
-}
-
-template <std::size_t kSize>
-void CopyEnds_(char* place, std::string_view text) {
-  std::memcpy(place, text.data(), kSize);
-  std::memcpy(place + text.size() - kSize, text.data() + text.size() - kSize,
-              kSize);
-}
-
-// Copies a text to a place that is large enough, and returns the end of the
-// copy. Most texts that are joined are short: two overlapping copies of a
-// constant size need no call.
-inline char* CopyText_(char* place, std::string_view text) {
-  const std::size_t size = text.size();
-  if (size > 32) {
-    std::memcpy(place, text.data(), size);
-  } else if (size >= 16) {
-    CopyEnds_<16>(place, text);
-  } else if (size >= 8) {
-    CopyEnds_<8>(place, text);
-  } else if (size >= 4) {
-    CopyEnds_<4>(place, text);
-  } else if (size >= 2) {
-    CopyEnds_<2>(place, text);
-  } else if (size == 1) {
-    *place = text[0];
-  }
-  return place + size;
-}
-
-inline char* CopyText_(char* place, char text) {
-  *place = text;
-  return place + 1;
-}
-/// @endcond
-
 /// Cuts a text at its separators, which are dropped.
 ///
 /// @code
@@ -246,20 +194,24 @@ std::vector<std::string> SplitString(const std::string& text,
   if (separator_size == 0) {
     throw std::invalid_argument("token must have non-zero length.");
   }
-  // A negative number becomes one that no text reaches.
-  std::size_t cuts =
-      CountCuts_(text, separator, static_cast<std::size_t>(maxsplit));
   std::vector<std::string> parts;
-  parts.reserve(cuts + 1);
   std::size_t start = 0;
-  for (; cuts != 0; --cuts) {
-    const std::size_t end = FindSeparator_(text, separator, start);
-    parts.emplace_back(text.data() + start, end - start);
+  while (maxsplit < 0 || parts.size() < static_cast<std::size_t>(maxsplit)) {
+    const std::size_t end = text.find(separator, start);
+    if (end == std::string::npos) break;
+    parts.emplace_back(text, start, end - start);
     start = end + separator_size;
   }
-  parts.emplace_back(text.data() + start, text.size() - start);
+  parts.emplace_back(text, start);
   return parts;
 }
+
+/// @cond
+template <>
+ORVO_EXPORT std::vector<std::string> SplitString(const std::string& text,
+                                                 const char& separator,
+                                                 int maxsplit);
+/// @endcond
 
 /// The items with @p separator between them.
 ///
@@ -269,6 +221,11 @@ std::vector<std::string> SplitString(const std::string& text,
 ORVO_EXPORT std::string JoinString(const std::vector<std::string>& items,
                                    const std::string& separator);
 
+/// @cond
+ORVO_EXPORT std::string JoinArray_(const std::string* items, std::size_t count,
+                                   std::string_view separator);
+/// @endcond
+
 /// The texts of a range with @p separator between them. The range is walked
 /// twice: first for the size of the result, which is allocated once.
 template <typename Iterator, typename Separator,
@@ -276,20 +233,25 @@ template <typename Iterator, typename Separator,
 std::string JoinString(Iterator first, Iterator last,
                        const Separator& separator) {
   if (first == last) return std::string();
-
-  const std::size_t separator_size = GetTokenSize_(separator);
-  std::size_t size = 0;
-  for (Iterator item = first; item != last; ++item) {
-    size += std::string_view(*item).size() + separator_size;
+  if constexpr (is_array_of_strings_<Iterator> &&
+                std::is_same_v<Separator, char>) {
+    return JoinArray_(&*first, static_cast<std::size_t>(last - first),
+                      std::string_view(&separator, 1));
+  } else {
+    const std::size_t separator_size = GetTokenSize_(separator);
+    std::size_t size = 0;
+    for (Iterator item = first; item != last; ++item) {
+      size += std::string_view(*item).size() + separator_size;
+    }
+    std::string joined;
+    joined.reserve(size - separator_size);
+    joined += std::string_view(*first);
+    while (++first != last) {
+      joined += separator;
+      joined += std::string_view(*first);
+    }
+    return joined;
   }
-  std::string joined(size - separator_size, '\0');
-
-  char* end = CopyText_(joined.data(), *first);
-  while (++first != last) {
-    end = CopyText_(end, separator);
-    end = CopyText_(end, *first);
-  }
-  return joined;
 }
 
 /// @cond
@@ -386,13 +348,9 @@ ORVO_EXPORT std::string format_paragraph(std::string text, int indent,
                                          int width);
 
 /// @cond
-using StringIterator_ = std::vector<std::string>::iterator;
-using ConstStringIterator_ = std::vector<std::string>::const_iterator;
 extern template std::string strip(const std::string&);
 extern template bool StringToNumber(const std::string&, int&);
 extern template int StringToNumber(const std::string&);
-extern template std::vector<std::string> SplitString(const std::string&,
-                                                     const char&, int);
 extern template std::string JoinString(const std::string*, const std::string*,
                                        const char&);
 extern template std::string JoinString(StringIterator_, StringIterator_,
