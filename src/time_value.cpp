@@ -2,10 +2,14 @@
 
 #include <dlfcn.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstddef>
+#include <iterator>
 #include <ostream>
 #include <string>
+#include <string_view>
 
 #include "orvo/errors.h"
 #include "orvo/format.h"
@@ -81,6 +85,13 @@ std::string FormatUtc(std::time_t seconds, const char* format,
   return text;
 }
 
+// Nine characters, or ten for a number of nine digits and a sign.
+std::string FormatFraction(long nanoseconds) {
+  if (nanoseconds < 0) return FastFormatter<10>("%09ld", nanoseconds);
+  // One more digit in front keeps the leading zeros.
+  return std::to_string(1000000000 + nanoseconds).erase(0, 1);
+}
+
 // In whole microseconds, which the system clock counts on every platform.
 TimeValue ReadSystemClock() {
   return std::chrono::duration_cast<std::chrono::microseconds>(
@@ -100,7 +111,7 @@ std::string TimeValue::GetAsIso8601WithColonTimeSeparator() const {
 std::string TimeValue::GetAsIso8601Precise(unsigned long digits) const {
   const timespec time = GetAsTimespec();
   std::string text = FormatUtc(time.tv_sec, kHyphenLayout, 32);
-  std::string fraction = FastFormatter<10>("%09ld", time.tv_nsec);
+  std::string fraction = FormatFraction(time.tv_nsec);
   // From 9 digits on the sign of the fraction costs none of them.
   if (digits < 9) fraction.resize(digits);
   Concatenate(&text, ".", fraction, "Z");
@@ -116,13 +127,24 @@ std::string TimeValue::GetAsIso8601_(const char* format) const {
 std::ostream& operator<<(std::ostream& os, const TimeValue& time) {
   const timeval fields = time.GetAsTimeval();
   // Texts and not numbers, which the flags and the locale of a stream change.
-  os << std::to_string(fields.tv_sec);
-  os.fill('0');
+  char text[32];
+  char* const point =
+      std::to_chars(std::begin(text), std::end(text), fields.tv_sec).ptr;
+  *point = '.';
+  char digits[8];
+  char* const digits_end =
+      std::to_chars(std::begin(digits), std::end(digits), fields.tv_usec).ptr;
+  const auto zeros = std::max<std::ptrdiff_t>(0, 6 - (digits_end - digits));
+  const char* const end =
+      std::copy(digits, digits_end, std::fill_n(point + 1, zeros, '0'));
 
-  const std::string microseconds = std::to_string(fields.tv_usec);
-  std::string fraction = ".";
-  if (microseconds.size() < 6) fraction.append(6 - microseconds.size(), '0');
-  return os << (fraction += microseconds);
+  const char* rest = text;
+  if (os.width() > 0) {
+    os << std::string_view(text, static_cast<std::size_t>(point - text));
+    rest = point;
+  }
+  os.fill('0');
+  return os.write(rest, end - rest);
 }
 
 MonotonicSystemClock_::MonotonicSystemClock_() : offset_(ReadSystemClock()) {

@@ -74,7 +74,8 @@ class ORVO_EXPORT TimeValue {
   /// @}
 
   /// @name From seconds
-  /// Fractions are rounded to the nearest nanosecond, halves away from zero.
+  /// Fractions are rounded to the nearest nanosecond, halves away from zero; a
+  /// double tells instants of our days apart by 256 nanoseconds only.
   /// @{
   ORVO_EXPORT_INLINE constexpr TimeValue(double seconds) noexcept
       : count_(Saturate_(seconds * 1e9)) {}
@@ -282,19 +283,19 @@ class ORVO_EXPORT TimeValue {
                  static_cast<unsigned long long>(factor));
   }
 
-  // std::round() for what a long long can hold. The rest is exact, and it is
-  // zero where the numbers no longer have a fraction.
+  // std::round() for what a long long can hold. To add one half itself would
+  // lift the number just below one half to 1.
   static constexpr long long Round_(double value) noexcept {
-    const auto whole = static_cast<long long>(value);
-    const double rest = value - static_cast<double>(whole);
-    return whole + static_cast<int>(rest >= 0.5) -
-           static_cast<int>(rest <= -0.5);
+    constexpr double half = 0x1.fffffffffffffp-2;
+    return static_cast<long long>(value + __builtin_copysign(half, value));
   }
   static constexpr std::chrono::nanoseconds Saturate_(double count) noexcept {
     constexpr double end = 9223372036854775808.0;  // one more than the maximum
-    if (count >= end) return std::chrono::nanoseconds::max();
-    if (count >= -end) return std::chrono::nanoseconds(Round_(count));
-    return count < 0 ? std::chrono::nanoseconds::min()
+    if (count > -end && count < end) {
+      return std::chrono::nanoseconds(Round_(count));
+    }
+    if (count < 0) return std::chrono::nanoseconds::min();
+    return count > 0 ? std::chrono::nanoseconds::max()
                      : std::chrono::nanoseconds::zero();
   }
 
