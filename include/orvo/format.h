@@ -14,6 +14,7 @@
 
 #include <cerrno>
 #include <cstdarg>
+#include <cstdio>
 #include <cstring>
 #include <stdexcept>
 #include <string>
@@ -78,7 +79,7 @@ ORVO_EXPORT std::string FastFormatter(const char* format, ...) {
   va_list args;
   va_start(args, format);
   // The NUL goes where the string has its own.
-  const int length = orvo::vformat(text.data(), N + 1, format, args);
+  const int length = vsnprintf(text.data(), N + 1, format, args);
   va_end(args);
 
   if (length < 0) return std::string("Formatting error: ") + strerror(errno);
@@ -88,7 +89,7 @@ ORVO_EXPORT std::string FastFormatter(const char* format, ...) {
                            ") is greater than requested buffer size (" +
                            std::to_string(N) + ")");
   }
-  text.resize(size);
+  text.erase(size);
   return text;
 }
 
@@ -103,7 +104,8 @@ ORVO_EXPORT std::string FastFormatter(const char* format, ...) {
 /// @param pieces  Strings, string literals or single characters.
 /// @return        @p target.
 template <typename... Pieces>
-ORVO_EXPORT std::string* Concatenate(std::string* target, Pieces&&... pieces) {
+ORVO_EXPORT inline std::string* Concatenate(std::string* target,
+                                            Pieces&&... pieces) {
   (*target += ... += std::forward<Pieces>(pieces));
   return target;
 }
