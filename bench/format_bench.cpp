@@ -149,6 +149,40 @@ void RegisterErrorTexts() {
            });
 }
 
+void RegisterFastFormatter() {
+  static long fraction = 123456789;
+  benchmark::DoNotOptimize(fraction);
+  const std::string text = "123456789";
+  const std::string name = "format/fast_formatter/";
+  Register(name + "orvo", text,
+           [] { return FastFormatter<10>("%09ld", fraction); });
+  Register(name + "absl", text,
+           [] { return absl::StrFormat("%09ld", fraction); });
+  Register(name + "fmt_printf", text,
+           [] { return fmt::sprintf("%09ld", fraction); });
+  Register(name + "limit", text, [] { return Vsnprintf("%09ld", fraction); });
+}
+
+void RegisterConcatenate() {
+  static const std::string seconds = "2026-11-15T21-19-56";
+  static std::string fraction = "123456789";
+  benchmark::DoNotOptimize(fraction);
+  const std::string text = "2026-11-15T21-19-56.123456789Z";
+  const std::string name = "format/concatenate/";
+  // One target throughout, which grows in the check alone.
+  static std::string target;
+  Register(name + "orvo", text, []() -> const std::string& {
+    return *Concatenate(&(target = seconds), ".", fraction, "Z");
+  });
+  Register(name + "absl", text, []() -> const std::string& {
+    absl::StrAppend(&(target = seconds), ".", fraction, "Z");
+    return target;
+  });
+  Register(name + "std", text, []() -> const std::string& {
+    return (target = seconds).append(".").append(fraction).append("Z");
+  });
+}
+
 const bool registered = [] {
   RegisterInts();
   RegisterStrings();
@@ -156,6 +190,8 @@ const bool registered = [] {
   RegisterFailureMessages();
   RegisterDoubles();
   RegisterErrorTexts();
+  RegisterFastFormatter();
+  RegisterConcatenate();
   return true;
 }();
 

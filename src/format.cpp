@@ -88,3 +88,14 @@ std::string errmsg(int errnum) {
 }
 
 }  // namespace orvo
+
+template ORVO_EXPORT std::string FastFormatter<10>(const char*, ...);
+template ORVO_EXPORT std::string* Concatenate(std::string*, const char (&)[2]);
+template ORVO_EXPORT std::string* Concatenate(std::string*, std::string&&,
+                                              const char (&)[2]);
+template ORVO_EXPORT std::string* Concatenate(std::string*, std::string&,
+                                              const char (&)[2]);
+template ORVO_EXPORT std::string* Concatenate(std::string*, const char (&)[2],
+                                              std::string&&, const char (&)[2]);
+template ORVO_EXPORT std::string* Concatenate(std::string*, const char (&)[2],
+                                              std::string&, const char (&)[2]);

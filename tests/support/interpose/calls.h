@@ -34,13 +34,19 @@ Pointer FailWithNull(int error) {
   return nullptr;
 }
 
+extern Interposed<int(clockid_t, timespec*)> clock_gettime_calls;
+extern Interposed<std::tm*(const std::time_t*, std::tm*)> gmtime_r_calls;
+extern Interposed<std::tm*(const std::time_t*, std::tm*)> localtime_r_calls;
+extern Interposed<int(const timespec*, timespec*)> nanosleep_calls;
 extern Interposed<int(pthread_mutex_t*, const pthread_mutexattr_t*)>
     pthread_mutex_init_calls;
 extern Interposed<int(pthread_mutex_t*)> pthread_mutex_lock_calls;
 extern Interposed<int(pthread_mutex_t*)> pthread_mutex_trylock_calls;
 extern Interposed<int(pthread_mutex_t*)> pthread_mutex_unlock_calls;
-extern Interposed<int(const timespec*, timespec*)> nanosleep_calls;
 extern Interposed<int(int, char*, std::size_t)> strerror_r_calls;
+extern Interposed<std::size_t(char*, std::size_t, const char*, const std::tm*)>
+    strftime_calls;
+extern Interposed<std::time_t(std::time_t*)> time_calls;
 extern Interposed<int(char*, std::size_t, const char*, va_list)>
     vsnprintf_calls;
 
