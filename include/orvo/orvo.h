@@ -7,6 +7,7 @@
 #include "orvo/errors.h"               // IWYU pragma: export
 #include "orvo/format.h"               // IWYU pragma: export
 #include "orvo/lock.h"                 // IWYU pragma: export
+#include "orvo/numeric_string.h"       // IWYU pragma: export
 #include "orvo/operation_log.h"        // IWYU pragma: export
 #include "orvo/str_gen.h"              // IWYU pragma: export
 #include "orvo/strings.h"              // IWYU pragma: export
