@@ -37,54 +37,116 @@ std::size_t CountRuns(const std::string& text) {
   return runs;
 }
 
-// How many bytes two texts have in common before the first difference.
-std::size_t CommonPrefix(const char* a, const char* b, std::size_t size) {
+std::uint64_t LoadWord(const char* bytes) {
+  std::uint64_t word;
+  std::memcpy(&word, bytes, sizeof word);
+  return word;
+}
+
+// How many bytes in memory come before the first difference of two words.
+std::size_t CommonBytes(std::uint64_t a, std::uint64_t b) {
+  constexpr bool kLittleEndian = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
+  const int bits =
+      kLittleEndian ? __builtin_ctzll(a ^ b) : __builtin_clzll(a ^ b);
+  return static_cast<std::size_t>(bits) / 8;
+}
+
+// How many bytes two texts have in common before their first difference.
+inline std::size_t CommonPrefix(const char* a, const char* b,
+                                std::size_t size) {
+  constexpr std::size_t kWord = sizeof(std::uint64_t);
   std::size_t same = 0;
-  constexpr std::size_t kBlock = 256;
-  while (size - same >= kBlock &&
-         std::memcmp(a + same, b + same, kBlock) == 0) {
-    same += kBlock;
-  }
-  for (; size - same >= sizeof(std::uint64_t); same += sizeof(std::uint64_t)) {
-    std::uint64_t a_word;
-    std::uint64_t b_word;
-    std::memcpy(&a_word, a + same, sizeof a_word);
-    std::memcpy(&b_word, b + same, sizeof b_word);
-    if (a_word != b_word) break;
+  for (; size - same >= kWord; same += kWord) {
+    const std::uint64_t a_word = LoadWord(a + same);
+    const std::uint64_t b_word = LoadWord(b + same);
+    if (a_word != b_word) return same + CommonBytes(a_word, b_word);
   }
   while (same < size && a[same] == b[same]) ++same;
   return same;
 }
 
-// What is left of a text.
-struct Rest {
-  const char* at;
-  const char* end;
-
-  explicit Rest(const std::string& text)
-      : at(text.data()), end(text.data() + text.size()) {}
-
-  std::size_t size() const { return static_cast<std::size_t>(end - at); }
-  bool AtDigit() const { return at != end && IsDigit(*at); }
-
-  // The value of the run of digits here; the text behind it is left.
-  int TakeNumber() {
-    std::int64_t value = 0;
-    for (; AtDigit(); ++at) {
-      if (value <= INT_MAX) value = value * 10 + (*at - '0');
-    }
-    return static_cast<int>(std::min<std::int64_t>(value, INT_MAX));
+// The same at the speed of memcmp().
+std::size_t LongCommonPrefix(const char* a, const char* b, std::size_t size) {
+  constexpr std::size_t kBlock = 512;
+  std::size_t same = 0;
+  while (size - same >= kBlock &&
+         std::memcmp(a + same, b + same, kBlock) == 0) {
+    same += kBlock;
   }
+  return same + CommonPrefix(a + same, b + same, size - same);
+}
+
+// The rest of a std::string from the beginning of a chunk on, so that a NUL
+// follows, which ends a run of digits.
+struct Rest {
+  const char* text;
+  std::size_t size;
 };
 
-// Which of two texts comes first where they first differ and not two numbers
-// meet. Inside a text, the one that ends or goes over to a number is shorter.
-bool TextComesFirst(const Rest& left, const Rest& right, bool inside_text) {
-  if (left.at == left.end) return right.at != right.end;
-  if (right.at == right.end) return false;
-  if (inside_text && left.AtDigit() != right.AtDigit()) return left.AtDigit();
-  return static_cast<unsigned char>(*left.at) <
-         static_cast<unsigned char>(*right.at);
+// Where the number begins that goes on or ends at `i`.
+inline std::size_t StartOfNumber(Rest rest, std::size_t i) {
+  while (i > 0 && IsDigit(rest.text[i - 1])) --i;
+  return i;
+}
+
+// Compares two texts where they first differ: negative, positive, or 0 if only
+// the values of the numbers there can tell. Inlined so that the usual case
+// keeps everything in registers.
+[[gnu::always_inline]] inline int CompareAtDifference(Rest a, Rest b,
+                                                      std::size_t same) {
+  const bool a_digit = IsDigit(a.text[same]);
+  const bool b_digit = IsDigit(b.text[same]);
+  if (a_digit || b_digit) {
+    const std::size_t start = StartOfNumber(a, same);
+    if (start < same || a_digit == b_digit) {
+      // Two short numbers without leading zeros never tie, and the longer one
+      // is greater.
+      constexpr std::size_t kSafeDigits = 9;
+      std::size_t end = same;
+      while (IsDigit(a.text[end]) && IsDigit(b.text[end])) ++end;
+      if (end - start > kSafeDigits || a.text[start] == '0' ||
+          b.text[start] == '0') {
+        return 0;
+      }
+      if (IsDigit(a.text[end])) return 1;
+      if (IsDigit(b.text[end])) return -1;
+      return a.text[same] - b.text[same];
+    }
+  }
+  if (same == a.size) return -1;
+  if (same == b.size) return 1;
+  // A text that ends where a number begins comes before one that goes on.
+  if (same > 0 && a_digit != b_digit) return a_digit ? -1 : 1;
+  return static_cast<unsigned char>(a.text[same]) -
+         static_cast<unsigned char>(b.text[same]);
+}
+
+// Takes a number off the front of a text.
+int TakeNumber(Rest* rest) {
+  std::int64_t value = 0;
+  std::size_t i = 0;
+  for (; IsDigit(rest->text[i]); ++i) {
+    if (value <= INT_MAX) value = value * 10 + (rest->text[i] - '0');
+  }
+  *rest = {rest->text + i, rest->size - i};
+  return static_cast<int>(std::min<std::int64_t>(value, INT_MAX));
+}
+
+bool ComesBefore(Rest a, Rest b) {
+  for (;;) {
+    const std::size_t same =
+        LongCommonPrefix(a.text, b.text, std::min(a.size, b.size));
+    if (same == a.size && same == b.size) return false;
+    const int order = CompareAtDifference(a, b, same);
+    if (order != 0) return order < 0;
+
+    const std::size_t start = StartOfNumber(a, same);
+    a = {a.text + start, a.size - start};
+    b = {b.text + start, b.size - start};
+    const int a_value = TakeNumber(&a);
+    const int b_value = TakeNumber(&b);
+    if (a_value != b_value) return a_value < b_value;
+  }
 }
 
 }  // namespace
@@ -130,29 +192,18 @@ bool NumericString::operator==(const NumericString& other) const {
 
 bool NumericStringCompare::operator()(const std::string& a,
                                       const std::string& b) const {
-  Rest left(a);
-  Rest right(b);
-  // In each round both begin with a chunk, and all chunks before them tie.
-  for (;;) {
-    std::size_t same =
-        CommonPrefix(left.at, right.at, std::min(left.size(), right.size()));
-    left.at += same;
-    right.at += same;
-
-    const bool after_digit = same > 0 && IsDigit(left.at[-1]);
-    if (after_digit + left.AtDigit() + right.AtDigit() < 2) {
-      return TextComesFirst(left, right, same > 0);
-    }
-
-    // Numbers differ here, which may have begun in the common part.
-    for (; same > 0 && IsDigit(left.at[-1]); --same) {
-      --left.at;
-      --right.at;
-    }
-    const int left_value = left.TakeNumber();
-    const int right_value = right.TakeNumber();
-    if (left_value != right_value) return left_value < right_value;
+  // Most names are short or differ early; only the rest is worth a call.
+  constexpr std::size_t kShort = 32;
+  const Rest left = {a.data(), a.size()};
+  const Rest right = {b.data(), b.size()};
+  const std::size_t same = CommonPrefix(
+      left.text, right.text, std::min({left.size, right.size, kShort}));
+  if (same == left.size && same == right.size) return false;
+  if (same < kShort) {
+    const int order = CompareAtDifference(left, right, same);
+    if (order != 0) return order < 0;
   }
+  return ComesBefore(left, right);
 }
 
 }  // namespace orvo
