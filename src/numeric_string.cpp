@@ -1,14 +1,15 @@
 #include "orvo/numeric_string.h"
 
 #include <algorithm>
-#include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <ostream>
+#include <string_view>
 #include <utility>
 
 #include "internal/ascii.h"
+#include "internal/number_text.h"
 #include "orvo/strings.h"
 
 namespace orvo {
@@ -89,9 +90,9 @@ inline std::size_t StartOfNumber(Rest rest, std::size_t i) {
   return i;
 }
 
-// Compares two texts where they first differ: negative, positive, or 0 if only
-// the values of the numbers there can tell. Inlined so that the usual case
-// keeps everything in registers.
+// Looks at the first difference of two texts, or at their common end: negative
+// if a comes before b, positive if not, 0 if the values of the numbers there
+// have to be compared.
 [[gnu::always_inline]] inline int CompareAtDifference(Rest a, Rest b,
                                                       std::size_t same) {
   const bool a_digit = IsDigit(a.text[same]);
@@ -102,7 +103,7 @@ inline std::size_t StartOfNumber(Rest rest, std::size_t i) {
       // Two short numbers without leading zeros never tie, and the longer one
       // is greater.
       constexpr std::size_t kSafeDigits = 9;
-      std::size_t end = same;
+      std::size_t end = same + (a_digit && b_digit);
       while (IsDigit(a.text[end]) && IsDigit(b.text[end])) ++end;
       if (end - start > kSafeDigits || a.text[start] == '0' ||
           b.text[start] == '0') {
@@ -113,8 +114,8 @@ inline std::size_t StartOfNumber(Rest rest, std::size_t i) {
       return a.text[same] - b.text[same];
     }
   }
-  if (same == a.size) return -1;
   if (same == b.size) return 1;
+  if (same == a.size) return -1;
   // A text that ends where a number begins comes before one that goes on.
   if (same > 0 && a_digit != b_digit) return a_digit ? -1 : 1;
   return static_cast<unsigned char>(a.text[same]) -
@@ -123,20 +124,19 @@ inline std::size_t StartOfNumber(Rest rest, std::size_t i) {
 
 // Takes a number off the front of a text.
 int TakeNumber(Rest* rest) {
-  std::int64_t value = 0;
-  std::size_t i = 0;
-  for (; IsDigit(rest->text[i]); ++i) {
-    if (value <= INT_MAX) value = value * 10 + (rest->text[i] - '0');
-  }
-  *rest = {rest->text + i, rest->size - i};
-  return static_cast<int>(std::min<std::int64_t>(value, INT_MAX));
+  std::size_t digits = 0;
+  while (IsDigit(rest->text[digits])) ++digits;
+  int value = 0;
+  internal::ReadNumber<10>(std::string_view(rest->text, digits), value);
+  *rest = {rest->text + digits, rest->size - digits};
+  return value;
 }
 
-bool ComesBefore(Rest a, Rest b) {
+// Apart from its caller, whose usual case then needs no stack.
+[[gnu::noinline]] bool ComesBefore(Rest a, Rest b) {
   for (;;) {
     const std::size_t same =
         LongCommonPrefix(a.text, b.text, std::min(a.size, b.size));
-    if (same == a.size && same == b.size) return false;
     const int order = CompareAtDifference(a, b, same);
     if (order != 0) return order < 0;
 
@@ -190,15 +190,15 @@ bool NumericString::operator==(const NumericString& other) const {
   return text_ == other.text_;
 }
 
-bool NumericStringCompare::operator()(const std::string& a,
-                                      const std::string& b) const {
+bool NumericStringCompare::ComesBefore_(const std::string& a,
+                                        const std::string& b) {
   // Most names are short or differ early; only the rest is worth a call.
   constexpr std::size_t kShort = 32;
   const Rest left = {a.data(), a.size()};
   const Rest right = {b.data(), b.size()};
-  const std::size_t same = CommonPrefix(
-      left.text, right.text, std::min({left.size, right.size, kShort}));
-  if (same == left.size && same == right.size) return false;
+  const std::size_t size = std::min(left.size, right.size);
+  const std::size_t same =
+      CommonPrefix(left.text, right.text, std::min(size, kShort));
   if (same < kShort) {
     const int order = CompareAtDifference(left, right, same);
     if (order != 0) return order < 0;
