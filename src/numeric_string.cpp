@@ -6,7 +6,6 @@
 #include <cstring>
 #include <ostream>
 #include <string_view>
-#include <utility>
 
 #include "internal/ascii.h"
 #include "internal/number_text.h"
@@ -152,11 +151,11 @@ int TakeNumber(Rest* rest) {
 }  // namespace
 
 Chunk::Chunk(const std::string& text, bool numeric)
-    : Chunk(std::string(text), numeric) {}
+    : Chunk(text.data(), text.size(), numeric) {}
 
-Chunk::Chunk(std::string&& text, bool numeric)
+Chunk::Chunk(const char* text, std::size_t size, bool numeric)
     : numeric_(numeric),
-      text_(std::move(text)),
+      text_(text, size),
       value_(numeric ? StringToNumber<int>(text_) : 0) {}
 
 bool Chunk::operator<(const Chunk& other) const {
@@ -172,7 +171,8 @@ NumericString::NumericString(const std::string& text) : text_(text) {
   const char* const end = text_.data() + text_.size();
   for (const char* run = text_.data(); run != end;) {
     const char* const next = EndOfRun(run, end);
-    chunks_.emplace_back(std::string(run, next), IsDigit(*run));
+    chunks_.emplace_back(run, static_cast<std::size_t>(next - run),
+                         IsDigit(*run));
     run = next;
   }
 }

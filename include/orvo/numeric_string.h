@@ -14,6 +14,7 @@
 /// space is text, so that "-5" comes before "-10". All types are plain values
 /// without shared state.
 
+#include <cstddef>
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -29,7 +30,7 @@ class ORVO_EXPORT Chunk {
   ///                 or smallest value.
   /// @param numeric  Whether the chunk compares as a number.
   Chunk(const std::string& text, bool numeric);
-  Chunk(std::string&& text, bool numeric);
+  Chunk(const char* text, std::size_t size, bool numeric);
 
   /// Two numeric chunks compare by value, so that "007" and "7" tie; all
   /// others by their texts, byte by byte.
