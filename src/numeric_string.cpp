@@ -30,9 +30,12 @@ const char* EndOfRun(const char* text, const char* end) {
 }
 
 std::size_t CountRuns(const std::string& text) {
-  std::size_t runs = text.empty() ? 0 : 1;
-  for (std::size_t i = 1; i < text.size(); ++i) {
-    runs += IsDigit(text[i - 1]) != IsDigit(text[i]);
+  if (text.empty()) return 0;
+  std::size_t runs = 1;
+  bool in_number = IsDigit(text[0]);
+  for (const char c : text) {
+    runs += IsDigit(c) != in_number;
+    in_number = IsDigit(c);
   }
   return runs;
 }
@@ -166,6 +169,7 @@ bool Chunk::operator>(const Chunk& other) const {
   return Compare(*this, other) > 0;
 }
 
+// Most texts are kept elsewhere too. NOLINTNEXTLINE(modernize-pass-by-value)
 NumericString::NumericString(const std::string& text) : text_(text) {
   chunks_.reserve(CountRuns(text_));
   const char* const end = text_.data() + text_.size();

@@ -61,7 +61,7 @@ class ScopedLocale {
       : installed_(std::setlocale(LC_ALL, name) != nullptr) {}
   ScopedLocale(const ScopedLocale&) = delete;
   ScopedLocale& operator=(const ScopedLocale&) = delete;
-  ~ScopedLocale() { std::setlocale(LC_ALL, "C"); }
+  ~ScopedLocale() { (void)std::setlocale(LC_ALL, "C"); }
 
   bool installed() const { return installed_; }
 
