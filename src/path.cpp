@@ -1,0 +1,113 @@
+#include "orvo/path.h"
+
+#include <algorithm>
+#include <cassert>
+#include <cstddef>
+#include <string_view>
+
+namespace orvo::path {
+namespace {
+
+// The components of a path in place: a first one, which may hold slashes, and
+// the text of the others, none of which is empty.
+class Components {
+ public:
+  explicit Components(std::string_view path)
+      : first_(path), others_(path.substr(path.size())) {
+    for (std::size_t slash; (slash = first_.rfind('/')) != first_.npos;) {
+      const bool ends_with_slash = slash + 1 == first_.size();
+      first_ = first_.substr(0, slash);
+      if (ends_with_slash) break;
+      others_ = path.substr(slash + 1);
+      ++size_;
+    }
+  }
+
+  bool empty() const { return size_ == 0; }
+  std::size_t size() const { return size_; }
+  std::string_view first() const { return first_; }
+  std::string_view others() const { return others_; }
+
+ private:
+  std::string_view first_;
+  std::string_view others_;
+  std::size_t size_ = 1;
+};
+
+// Removes the first component from a text of components and returns it.
+std::string_view TakeComponent(std::string_view& components) {
+  const std::string_view component = components.substr(0, components.find('/'));
+  components.remove_prefix(std::min(component.size() + 1, components.size()));
+  return component;
+}
+
+// Where the extension of the base name begins; the end of the path if it has
+// none.
+std::size_t FindExtension(std::string_view path) {
+  for (std::size_t i = path.size(); i > 0 && path[i - 1] != '/'; --i) {
+    if (path[i - 1] == '.') return i - 1;
+  }
+  return path.size();
+}
+
+}  // namespace
+
+std::string basename(const std::string& path) {
+  return path.substr(path.rfind('/') + 1);
+}
+
+std::string dirname(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == path.npos ? std::string() : path.substr(0, slash);
+}
+
+std::pair<std::string, std::string> split(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  if (slash == path.npos) return {path, std::string()};
+  return {path.substr(0, slash), path.substr(slash + 1)};
+}
+
+std::pair<std::string, std::string> splitext(const std::string& path) {
+  const std::size_t dot = std::min(path.rfind('.'), path.size());
+  return {path.substr(0, dot), path.substr(dot)};
+}
+
+std::string basename_no_ext(const std::string& path) {
+  const std::size_t begin = path.rfind('/') + 1;
+  return path.substr(begin, FindExtension(path) - begin);
+}
+
+std::string extension(const std::string& path) {
+  return path.substr(FindExtension(path));
+}
+
+std::vector<std::string> split_to_vector(const std::string& path) {
+  const Components components(path);
+  std::vector<std::string> result;
+  result.reserve(components.size());
+  result.emplace_back(components.first());
+  for (std::string_view others = components.others(); !others.empty();) {
+    result.emplace_back(TakeComponent(others));
+  }
+  return result;
+}
+
+std::string relpath(const std::string& path, const std::string& start) {
+  const Components pathVector(path);
+  const Components startVector(start);
+  if (pathVector.empty() || startVector.empty()) return path;
+  assert(!pathVector.empty());
+  assert(!startVector.empty());
+  if (pathVector.first() != startVector.first()) return path;
+  if (pathVector.size() < startVector.size()) return path;
+
+  std::string_view rest = pathVector.others();
+  std::string_view shared = startVector.others();
+  for (std::string_view next = rest; !shared.empty(); rest = next) {
+    if (TakeComponent(next) != TakeComponent(shared)) break;
+  }
+  // Components that are not empty and single slashes: nothing to collapse.
+  return std::string(rest);
+}
+
+}  // namespace orvo::path
