@@ -52,6 +52,30 @@ std::size_t FindExtension(std::string_view path) {
 
 }  // namespace
 
+std::string CollapseSlashes_(std::string text) {
+  const auto are_slashes = [](char a, char b) { return a == '/' && b == '/'; };
+  text.erase(std::unique(text.begin(), text.end(), are_slashes), text.end());
+  return text;
+}
+
+std::string Join(const std::string& a, const std::string& b) {
+  std::string glued;
+  glued.reserve(a.size() + 1 + b.size());
+  glued += a;
+  glued += '/';
+  glued += b;
+  return CollapseSlashes_(std::move(glued));
+}
+
+std::string Join(std::initializer_list<std::string> parts) {
+  return Join(parts.begin(), parts.end());
+}
+
+template ORVO_EXPORT std::string Join(const std::string*, const std::string*);
+template ORVO_EXPORT std::string Join(StringIterator_, StringIterator_);
+template ORVO_EXPORT std::string Join(ConstStringIterator_,
+                                      ConstStringIterator_);
+
 std::string basename(const std::string& path) {
   return path.substr(path.rfind('/') + 1);
 }

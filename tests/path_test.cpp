@@ -5,6 +5,9 @@
 
 #include <algorithm>
 #include <deque>
+#include <initializer_list>
+#include <list>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,6 +18,7 @@ using orvo::path::basename;
 using orvo::path::basename_no_ext;
 using orvo::path::dirname;
 using orvo::path::extension;
+using orvo::path::Join;
 using orvo::path::relpath;
 using orvo::path::split;
 using orvo::path::split_to_vector;
@@ -92,6 +96,71 @@ std::vector<std::string> AllTexts(std::size_t longest) {
     for (const char c : {'/', '.', 'a', 'b'}) texts.push_back(texts[i] + c);
   }
   return texts;
+}
+
+TEST(Join, PutsASlashBetweenTwoParts) {
+  EXPECT_EQ(Join("a", "b"), "a/b");
+  EXPECT_EQ(Join(std::string("a"), std::string("b")), "a/b");
+}
+
+TEST(Join, TakesTwoLiteralsForTwoParts) {
+  EXPECT_EQ(Join("a/", "/b"), "a/b");
+  const char* const a = "a";
+  EXPECT_EQ(Join(a, "bcd"), "a/bcd");
+  EXPECT_EQ(Join("same", "same"), "same/same");
+}
+
+TEST(Join, TakesBracesForAListOfParts) {
+  EXPECT_EQ(Join({"a", "b"}), "a/b");
+  EXPECT_EQ(Join({"a///b"}), "a/b");
+  EXPECT_EQ(Join({"/", "x"}), "/x");
+  EXPECT_EQ(Join({"a", "b", "c"}), "a/b/c");
+  EXPECT_EQ(Join({std::string("a"), std::string("b")}), "a/b");
+  EXPECT_EQ(Join({}), "");
+}
+
+TEST(Join, TakesRangesOfStrings) {
+  const std::initializer_list<std::string> parts = {"a", "b", "c"};
+  std::vector<std::string> vector = parts;
+  const std::vector<std::string>& constant = vector;
+  const std::list<std::string> list = parts;
+  const std::deque<std::string> deque = parts;
+  EXPECT_EQ(Join(parts.begin(), parts.end()), "a/b/c");
+  EXPECT_EQ(Join(vector.begin(), vector.end()), "a/b/c");
+  EXPECT_EQ(Join(constant.begin(), constant.end()), "a/b/c");
+  EXPECT_EQ(Join(vector.rbegin(), vector.rend()), "c/b/a");
+  EXPECT_EQ(Join(list.begin(), list.end()), "a/b/c");
+  EXPECT_EQ(Join(deque.begin(), deque.end()), "a/b/c");
+  EXPECT_EQ(Join<const std::string*>(vector.data(), vector.data() + 2), "a/b");
+  EXPECT_EQ(Join<std::vector<std::string>::iterator>(vector.begin() + 1,
+                                                     vector.end()),
+            "b/c");
+}
+
+TEST(Join, IsEmptyForAnEmptyRange) {
+  const std::vector<std::string> none;
+  EXPECT_EQ(Join(none.begin(), none.end()), "");
+}
+
+TEST(Join, CountsEmptyParts) {
+  EXPECT_EQ(Join({"", "a"}), "/a");
+  EXPECT_EQ(Join({"a", ""}), "a/");
+  EXPECT_EQ(Join({"a", "", "b"}), "a/b");
+  EXPECT_EQ(Join({""}), "");
+  EXPECT_EQ(Join("", ""), "/");
+}
+
+TEST(Join, CutsEveryRunOfSlashesToOne) {
+  EXPECT_EQ(Join("//a//", "//b//c//"), "/a/b/c/");
+  EXPECT_EQ(Join({"////"}), "/");
+}
+
+TEST(Join, KeepsDotComponents) {
+  EXPECT_EQ(Join({".", "a", "..", "b/."}), "./a/../b/.");
+}
+
+TEST(Join, KeepsNulCharacters) {
+  EXPECT_EQ(Join(std::string("a\0b", 3), "c"), std::string("a\0b/c", 5));
 }
 
 TEST(Basename, FollowsTheLastSlash) {
@@ -260,6 +329,32 @@ TEST(TextFunctions, EqualTheirModelsForAllShortPaths) {
     ASSERT_EQ(basename_no_ext(path), model_extension.first) << path;
     ASSERT_EQ(extension(path), model_extension.second) << path;
     ASSERT_EQ(split_to_vector(path), model::SplitToVector(path)) << path;
+  }
+}
+
+TEST(Join, EqualsItsModelForAllShortParts) {
+  for (const std::string& part : AllTexts(8)) {
+    ASSERT_EQ(Join({part}), model::Join({part})) << part;
+  }
+  const std::vector<std::string> parts = AllTexts(4);
+  for (const std::string& a : parts) {
+    for (const std::string& b : parts) {
+      ASSERT_EQ(Join(a, b), model::Join({a, b})) << a << " and " << b;
+      ASSERT_EQ(Join({a, b, a}), model::Join({a, b, a})) << a << " and " << b;
+    }
+  }
+}
+
+TEST(Join, EqualsItsModelForLongPaths) {
+  std::minstd_rand random(1);
+  for (int i = 0; i < 20000; ++i) {
+    // Slashes are rare in most of the texts, so that many have none doubled.
+    const auto rarity = 2 + random() % 60;
+    std::string part(random() % 100, 'x');
+    for (char& c : part) {
+      if (random() % rarity == 0) c = '/';
+    }
+    ASSERT_EQ(Join({part}), model::Join({part})) << part;
   }
 }
 

@@ -14,13 +14,53 @@
 /// look at the file system: "." and ".." are components like any others. Every
 /// function here may be called from any thread at once.
 
+#include <initializer_list>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "orvo/export.h"
+#include "orvo/strings.h"
 
 namespace orvo::path {
+
+/// @cond
+// The text with every run of slashes cut down to one.
+ORVO_EXPORT std::string CollapseSlashes_(std::string text);
+/// @endcond
+
+/// Two parts with one slash between them.
+///
+/// @code
+/// orvo::path::Join("src", "path.cpp");  // "src/path.cpp"
+/// orvo::path::Join("a/", "/b//c");      // "a/b/c"
+/// @endcode
+///
+/// Every run of slashes becomes one, also within a part; "." and ".." stay.
+/// Kept on purpose: an empty part counts, so that Join("", "a") is "/a" and
+/// Join("a", "") is "a/".
+ORVO_EXPORT std::string Join(const std::string& a, const std::string& b);
+
+/// The same for any number of parts; none gives the empty path.
+///
+/// @code
+/// orvo::path::Join({"src", "internal", "ascii.h"});  // "src/internal/ascii.h"
+/// @endcode
+ORVO_EXPORT std::string Join(std::initializer_list<std::string> parts);
+
+/// The same for the parts of a range, which is walked twice.
+///
+/// Present only for iterators over texts: Join("a/", "/b") means two parts.
+template <typename Iterator, typename = RequireTexts_<Iterator>>
+std::string Join(Iterator first, Iterator last) {
+  return CollapseSlashes_(JoinString(first, last, '/'));
+}
+
+/// @cond
+extern template std::string Join(const std::string*, const std::string*);
+extern template std::string Join(StringIterator_, StringIterator_);
+extern template std::string Join(ConstStringIterator_, ConstStringIterator_);
+/// @endcond
 
 /// What follows the last slash; the whole path if there is none.
 ///
