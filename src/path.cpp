@@ -1,9 +1,16 @@
 #include "orvo/path.h"
 
+#include <dirent.h>
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cassert>
+#include <cerrno>
 #include <cstddef>
 #include <string_view>
+
+#include "orvo/errors.h"
+#include "orvo/format.h"
 
 namespace orvo::path {
 namespace {
@@ -48,6 +55,18 @@ std::size_t FindExtension(std::string_view path) {
     if (path[i - 1] == '.') return i - 1;
   }
   return path.size();
+}
+
+// Whether the path leads to a file of one of the types of S_IFMT.
+bool HasFileType(const std::string& path, mode_t type) {
+  struct stat status;
+  return stat(path.c_str(), &status) == 0 && (status.st_mode & S_IFMT) == type;
+}
+
+std::string ExplainMkdirError(int error) {
+  const auto entry = mkdirErrorsByErrno.find(error);
+  if (entry != mkdirErrorsByErrno.end()) return entry->second;
+  return "Unknown errno " + std::to_string(error);
 }
 
 }  // namespace
@@ -134,4 +153,80 @@ std::string relpath(const std::string& path, const std::string& start) {
   return std::string(rest);
 }
 
+bool isfile(const std::string& path) {
+  return HasFileType(path, S_IFREG);
+}
+
+bool isdir(const std::string& path) {
+  return HasFileType(path, S_IFDIR);
+}
+
+const std::map<int, std::string> mkdirErrorsByErrno = {
+    {EACCES,
+     "Search permission is denied on a component of the path prefix, or write "
+     "permission is denied on the parent directory of the directory to be "
+     "created."},
+    {EEXIST, "The named file exists."},
+    {ELOOP,
+     "A loop exists in symbolic links encountered during resolution of the "
+     "path argument."},
+    {EMLINK, "The link count of the parent directory would exceed {LINK_MAX}."},
+    {ENAMETOOLONG,
+     "The length of the path argument exceeds {PATH_MAX} or a pathname "
+     "component is longer than {NAME_MAX}."},
+    {ENOENT,
+     "A component of the path prefix specified by path does not name an "
+     "existing directory or path is an empty string."},
+    {ENOSPC,
+     "The file system does not contain enough space to hold the contents of "
+     "the new directory or to extend the parent directory of the new "
+     "directory."},
+    {ENOTDIR, "A component of the path prefix is not a directory."},
+    {EROFS, "The parent directory resides on a read-only file system."},
+};
+
+void MakeDirectory(const std::string& path) {
+  if (mkdir(path.c_str(), 0755) == 0) return;
+  const int error = errno;
+  if (error != EEXIST) {
+    throw PathError("Failed to create directory: " + path + ", " +
+                    ExplainMkdirError(error));
+  }
+  if (!isdir(path)) {
+    throw PathError("Failed to create directory " + path +
+                    ". File already exists.");
+  }
+}
+
+void MakeDirectories(const std::string& path) {
+  const std::vector<std::string> components = SplitString(path, '/', -1);
+  auto component = components.begin();
+  std::string directory = *component++;
+  if (directory.empty()) {
+    if (component == components.end()) return;
+    directory = "/" + *component++;
+  }
+
+  MakeDirectory(directory);
+  for (; component != components.end(); ++component) {
+    directory = Join(directory, *component);
+    MakeDirectory(directory);
+  }
+}
+
 }  // namespace orvo::path
+
+namespace orvo {
+
+std::vector<std::string> listdir(const std::string& path) {
+  std::vector<std::string> names;
+  DIR* const directory = opendir(path.c_str());
+  if (directory == nullptr) throw BadDir(orvo::errmsg(errno));
+  // Kept on purpose: the directory is never closed.
+  while (const dirent* const entry = readdir(directory)) {
+    names.emplace_back(entry->d_name);
+  }
+  return names;
+}
+
+}  // namespace orvo

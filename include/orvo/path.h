@@ -2,7 +2,8 @@
 #define ORVO_PATH_H_
 
 /// @file
-/// Paths as text: joining, cutting and making relative.
+/// Paths as text (joining, cutting, making relative), and a few questions and
+/// orders to the file system.
 ///
 /// @code
 /// orvo::path::basename("src/path.cpp");          // "path.cpp"
@@ -13,8 +14,14 @@
 /// Components are separated by '/' on every system. The functions on text never
 /// look at the file system: "." and ".." are components like any others. Every
 /// function here may be called from any thread at once.
+///
+/// @code
+/// orvo::path::MakeDirectories("logs/today");
+/// for (const std::string& name : orvo::path::entries("logs")) Print(name);
+/// @endcode
 
 #include <initializer_list>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -126,6 +133,55 @@ ORVO_EXPORT std::vector<std::string> split_to_vector(const std::string& path);
 ORVO_EXPORT std::string relpath(const std::string& path,
                                 const std::string& start);
 
+/// Whether there is a regular file at the path; symbolic links are followed.
+///
+/// Never throws: what cannot be examined counts as missing.
+ORVO_EXPORT bool isfile(const std::string& path);
+
+/// Whether there is a directory at the path; symbolic links are followed.
+///
+/// Never throws: what cannot be examined counts as missing.
+ORVO_EXPORT bool isdir(const std::string& path);
+
+/// The explanations in the messages of MakeDirectory(), by errno value.
+///
+/// The braces, as in "{LINK_MAX}", are part of the texts.
+extern ORVO_EXPORT const std::map<int, std::string> mkdirErrorsByErrno;
+
+/// Creates one directory, with mode 0755 less the umask; its parent has to
+/// exist. A directory that is there already will do.
+///
+/// @throws PathError  "Failed to create directory PATH. File already exists."
+///                    or "Failed to create directory: PATH, EXPLANATION".
+ORVO_EXPORT void MakeDirectory(const std::string& path);
+
+/// Creates a directory after those on the way to it, each with MakeDirectory().
+///
+/// @code
+/// orvo::path::MakeDirectories("a/b/c");  // "a", then "a/b", then "a/b/c"
+/// @endcode
+///
+/// The first failure ends it and leaves the directories made before. The empty
+/// path asks for nothing.
+///
+/// @throws PathError  As from MakeDirectory().
+ORVO_EXPORT void MakeDirectories(const std::string& path);
+
 }  // namespace orvo::path
+
+namespace orvo {
+
+/// Every call leaves one directory handle open for the life of the process!
+///
+/// Kept on purpose; callers have to budget for it. Those who list often use
+/// orvo::path::entries().
+///
+/// @return  The names in a directory, "." and ".." included, as the system
+///          delivers them: in no order, and without the rest if reading fails.
+/// @throws BadDir  The directory cannot be opened; the message is errmsg()'s
+///                 text alone.
+ORVO_EXPORT std::vector<std::string> listdir(const std::string& path);
+
+}  // namespace orvo
 
 #endif  // ORVO_PATH_H_
