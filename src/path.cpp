@@ -7,10 +7,12 @@
 #include <cassert>
 #include <cerrno>
 #include <cstddef>
+#include <memory>
 #include <string_view>
 
 #include "orvo/errors.h"
 #include "orvo/format.h"
+#include "orvo/numeric_string.h"
 
 namespace orvo::path {
 namespace {
@@ -61,6 +63,20 @@ std::size_t FindExtension(std::string_view path) {
 bool HasFileType(const std::string& path, mode_t type) {
   struct stat status;
   return stat(path.c_str(), &status) == 0 && (status.st_mode & S_IFMT) == type;
+}
+
+DIR* OpenDirectory(const std::string& path) {
+  DIR* const directory = opendir(path.c_str());
+  if (directory == nullptr) throw BadDir(orvo::errmsg(errno));
+  return directory;
+}
+
+struct DirectoryCloser {
+  void operator()(DIR* directory) const { closedir(directory); }
+};
+
+bool IsDotName(std::string_view name) {
+  return name == "." || name == "..";
 }
 
 std::string ExplainMkdirError(int error) {
@@ -214,14 +230,25 @@ void MakeDirectories(const std::string& path) {
   }
 }
 
+std::vector<std::string> entries(const std::string& path) {
+  std::vector<std::string> names;
+  const std::unique_ptr<DIR, DirectoryCloser> directory(OpenDirectory(path));
+  while (const dirent* const entry = readdir(directory.get())) {
+    if (!IsDotName(entry->d_name)) names.emplace_back(entry->d_name);
+  }
+  // The second sort keeps the order of the first where names tie.
+  std::sort(names.begin(), names.end());
+  std::stable_sort(names.begin(), names.end(), NumericStringCompare());
+  return names;
+}
+
 }  // namespace orvo::path
 
 namespace orvo {
 
 std::vector<std::string> listdir(const std::string& path) {
   std::vector<std::string> names;
-  DIR* const directory = opendir(path.c_str());
-  if (directory == nullptr) throw BadDir(orvo::errmsg(errno));
+  DIR* const directory = path::OpenDirectory(path);
   // Kept on purpose: the directory is never closed.
   while (const dirent* const entry = readdir(directory)) {
     names.emplace_back(entry->d_name);

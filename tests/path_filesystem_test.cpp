@@ -8,6 +8,7 @@
 #include <cstring>
 #include <filesystem>
 #include <map>
+#include <new>
 #include <string>
 #include <thread>
 #include <vector>
@@ -21,6 +22,7 @@
 namespace {
 
 using orvo::listdir;
+using orvo::path::entries;
 using orvo::path::isdir;
 using orvo::path::isfile;
 using orvo::path::MakeDirectories;
@@ -32,6 +34,7 @@ using orvo_test::ScopedHook;
 using orvo_test::TemporaryFolder;
 using orvo_test::WriteFile;
 using testing::ElementsAre;
+using testing::IsEmpty;
 using testing::ThrowsMessage;
 using testing::UnorderedElementsAre;
 
@@ -497,6 +500,63 @@ TEST(Listdir, TakesAFailureOfReadingForTheEnd) {
   WriteFile(folder / "a", "");
   const ScopedFailure failure("readdir", EIO, 2);
   EXPECT_EQ(listdir(folder.path()).size(), 2U);
+}
+
+TEST(Entries, AreInNaturalOrderWithoutTheDotNames) {
+  const TemporaryFolder folder;
+  for (const char* name : {"file10", "file9", "b", ".hidden", "...", "File1"}) {
+    WriteFile(folder / name, "");
+  }
+  std::filesystem::create_directory(folder / "c");
+  EXPECT_THAT(entries(folder.path()), ElementsAre("...", ".hidden", "File1",
+                                                  "b", "c", "file9", "file10"));
+}
+
+TEST(Entries, StandInTheOrderOfTheirBytesWhereTheyTie) {
+  const TemporaryFolder folder;
+  for (const char* name : {"x7", "x007", "x8", "x07", "x0007"}) {
+    WriteFile(folder / name, "");
+  }
+  EXPECT_THAT(entries(folder.path()),
+              ElementsAre("x0007", "x007", "x07", "x7", "x8"));
+}
+
+TEST(Entries, AreNoneInAnEmptyDirectory) {
+  const TemporaryFolder folder;
+  EXPECT_THAT(entries(folder.path()), IsEmpty());
+}
+
+TEST(Entries, LeaveNoHandleOpen) {
+  const TemporaryFolder folder;
+  WriteFile(folder / "a", "");
+  const int before = CountOpenDescriptors();
+  entries(folder.path());
+  EXPECT_THROW(entries(folder / "a"), orvo::BadDir);
+  EXPECT_EQ(CountOpenDescriptors(), before);
+}
+
+TEST(Entries, LeaveNoHandleOpenAfterAnException) {
+  const TemporaryFolder folder;
+  const int before = CountOpenDescriptors();
+  {
+    const ScopedHook hook(orvo_test::readdir_calls,
+                          [](DIR*) -> dirent* { throw std::bad_alloc(); });
+    EXPECT_THROW(entries(folder.path()), std::bad_alloc);
+  }
+  EXPECT_EQ(CountOpenDescriptors(), before);
+}
+
+TEST(Entries, ThrowTheSystemsTextAlone) {
+  const TemporaryFolder folder;
+  EXPECT_THAT([&] { entries(folder / "missing"); },
+              ThrowsMessage<orvo::BadDir>("No such file or directory"));
+}
+
+TEST(Entries, EndWhereReadingFails) {
+  const TemporaryFolder folder;
+  for (const char* name : {"a", "b"}) WriteFile(folder / name, "");
+  const ScopedFailure failure("readdir", EIO, 1);
+  EXPECT_LE(entries(folder.path()).size(), 1U);
 }
 
 TEST(Paths, AreCutAtANulByTheSystem) {

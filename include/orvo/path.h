@@ -167,6 +167,16 @@ ORVO_EXPORT void MakeDirectory(const std::string& path);
 /// @throws PathError  As from MakeDirectory().
 ORVO_EXPORT void MakeDirectories(const std::string& path);
 
+/// The names in a directory, without "." and "..", in natural order: "file9"
+/// comes before "file10". Names that tie, such as "7" and "07", stand in the
+/// order of their bytes.
+///
+/// Unlike listdir() it closes the directory.
+///
+/// @throws BadDir  The directory cannot be opened; the message is errmsg()'s
+///                 text alone.
+ORVO_EXPORT std::vector<std::string> entries(const std::string& path);
+
 }  // namespace orvo::path
 
 namespace orvo {
