@@ -7,6 +7,8 @@
 #include <cassert>
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string_view>
 
@@ -17,37 +19,66 @@
 namespace orvo::path {
 namespace {
 
-// The components of a path in place: a first one, which may hold slashes, and
-// the text of the others, none of which is empty.
-class Components {
- public:
-  explicit Components(std::string_view path)
-      : first_(path), others_(path.substr(path.size())) {
-    for (std::size_t slash; (slash = first_.rfind('/')) != first_.npos;) {
-      const bool ends_with_slash = slash + 1 == first_.size();
-      first_ = first_.substr(0, slash);
-      if (ends_with_slash) break;
-      others_ = path.substr(slash + 1);
-      ++size_;
-    }
+bool StartsWith(std::string_view text, std::string_view start) {
+  return text.substr(0, start.size()) == start;
+}
+
+// Characters that are compared all at once.
+using Block = char __attribute__((vector_size(16)));
+
+Block LoadBlock(const char* text) {
+  Block block;
+  std::memcpy(&block, text, sizeof block);
+  return block;
+}
+
+// Whether one of the 16 characters is a slash that a slash follows.
+bool HasDoubledSlash(const char* text) {
+  const auto doubled = (LoadBlock(text) == '/') & (LoadBlock(text + 1) == '/');
+  std::uint64_t halves[2];
+  std::memcpy(halves, &doubled, sizeof halves);
+  return (halves[0] | halves[1]) != 0;
+}
+
+// The place of the first two slashes in a row, or npos.
+std::size_t FindDoubledSlash(std::string_view text) {
+  std::size_t i = 0;
+  while (i + sizeof(Block) < text.size() && !HasDoubledSlash(&text[i])) {
+    i += sizeof(Block);
   }
+  for (; i + 1 < text.size(); ++i) {
+    if (text[i] == '/' && text[i + 1] == '/') return i;
+  }
+  return text.npos;
+}
 
-  bool empty() const { return size_ == 0; }
-  std::size_t size() const { return size_; }
-  std::string_view first() const { return first_; }
-  std::string_view others() const { return others_; }
+// The components of a path, in place. They are found from the back: an empty
+// one ends the search, and what precedes it is the first component.
+std::vector<std::string_view> FindComponents(std::string_view path) {
+  std::vector<std::string_view> components;
+  components.reserve(16);  // enough for most paths
+  for (;;) {
+    const std::size_t slash = path.rfind('/');
+    if (slash == path.npos) break;
+    const std::string_view last = path.substr(slash + 1);
+    path = path.substr(0, slash);
+    if (last.empty()) break;
+    components.push_back(last);
+  }
+  components.push_back(path);
+  std::reverse(components.begin(), components.end());
+  return components;
+}
 
- private:
-  std::string_view first_;
-  std::string_view others_;
-  std::size_t size_ = 1;
-};
-
-// Removes the first component from a text of components and returns it.
-std::string_view TakeComponent(std::string_view& components) {
-  const std::string_view component = components.substr(0, components.find('/'));
-  components.remove_prefix(std::min(component.size() + 1, components.size()));
-  return component;
+// Whether the path is the start followed by a slash and further components,
+// none of them empty.
+bool IsBelow(std::string_view path, std::string_view start) {
+  if (!StartsWith(path, start)) return false;
+  // From the last character of the start on, which may be a slash itself.
+  const std::string_view rest =
+      path.substr(start.empty() ? 0 : start.size() - 1);
+  return path.size() > start.size() && path[start.size()] == '/' &&
+         path.back() != '/' && FindDoubledSlash(rest) == rest.npos;
 }
 
 // Where the extension of the base name begins; the end of the path if it has
@@ -87,19 +118,20 @@ std::string ExplainMkdirError(int error) {
 
 }  // namespace
 
-std::string CollapseSlashes_(std::string text) {
+void CollapseSlashes_(std::string& text) {
+  const std::size_t doubled = FindDoubledSlash(text);
+  if (doubled == text.npos) return;
+  const auto first = text.begin() + static_cast<std::ptrdiff_t>(doubled);
   const auto are_slashes = [](char a, char b) { return a == '/' && b == '/'; };
-  text.erase(std::unique(text.begin(), text.end(), are_slashes), text.end());
-  return text;
+  text.erase(std::unique(first, text.end(), are_slashes), text.end());
 }
 
 std::string Join(const std::string& a, const std::string& b) {
-  std::string glued;
-  glued.reserve(a.size() + 1 + b.size());
-  glued += a;
-  glued += '/';
-  glued += b;
-  return CollapseSlashes_(std::move(glued));
+  std::string path;
+  path.reserve(a.size() + 1 + b.size());
+  path.append(a).append(1, '/').append(b);
+  CollapseSlashes_(path);
+  return path;
 }
 
 std::string Join(std::initializer_list<std::string> parts) {
@@ -141,32 +173,26 @@ std::string extension(const std::string& path) {
 }
 
 std::vector<std::string> split_to_vector(const std::string& path) {
-  const Components components(path);
-  std::vector<std::string> result;
-  result.reserve(components.size());
-  result.emplace_back(components.first());
-  for (std::string_view others = components.others(); !others.empty();) {
-    result.emplace_back(TakeComponent(others));
-  }
-  return result;
+  const std::vector<std::string_view> components = FindComponents(path);
+  return {components.begin(), components.end()};
 }
 
 std::string relpath(const std::string& path, const std::string& start) {
-  const Components pathVector(path);
-  const Components startVector(start);
+  // The usual case needs no lists: what follows the start is the answer.
+  if (IsBelow(path, start)) return path.substr(start.size() + 1);
+
+  const std::vector<std::string_view> pathVector = FindComponents(path);
+  const std::vector<std::string_view> startVector = FindComponents(start);
   if (pathVector.empty() || startVector.empty()) return path;
   assert(!pathVector.empty());
   assert(!startVector.empty());
-  if (pathVector.first() != startVector.first()) return path;
+  if (pathVector.front() != startVector.front()) return path;
   if (pathVector.size() < startVector.size()) return path;
 
-  std::string_view rest = pathVector.others();
-  std::string_view shared = startVector.others();
-  for (std::string_view next = rest; !shared.empty(); rest = next) {
-    if (TakeComponent(next) != TakeComponent(shared)) break;
-  }
-  // Components that are not empty and single slashes: nothing to collapse.
-  return std::string(rest);
+  const auto rest =
+      std::mismatch(startVector.begin(), startVector.end(), pathVector.begin())
+          .second;
+  return Join(rest, pathVector.end());
 }
 
 bool isfile(const std::string& path) {

@@ -32,8 +32,8 @@
 namespace orvo::path {
 
 /// @cond
-// The text with every run of slashes cut down to one.
-ORVO_EXPORT std::string CollapseSlashes_(std::string text);
+// Cuts every run of slashes down to one.
+ORVO_EXPORT void CollapseSlashes_(std::string& text);
 /// @endcond
 
 /// Two parts with one slash between them.
@@ -60,7 +60,9 @@ ORVO_EXPORT std::string Join(std::initializer_list<std::string> parts);
 /// Present only for iterators over texts: Join("a/", "/b") means two parts.
 template <typename Iterator, typename = RequireTexts_<Iterator>>
 std::string Join(Iterator first, Iterator last) {
-  return CollapseSlashes_(JoinString(first, last, '/'));
+  std::string path = JoinString(first, last, '/');
+  CollapseSlashes_(path);
+  return path;
 }
 
 /// @cond
