@@ -142,7 +142,8 @@ std::string PlainBasename(const std::string& path) {
 }
 
 std::string PlainDirname(const std::string& path) {
-  return path.substr(0, path.rfind('/'));
+  const std::size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "" : path.substr(0, slash);
 }
 
 // Copies texts whose places are known beforehand.

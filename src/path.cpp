@@ -46,8 +46,11 @@ std::size_t FindDoubledSlash(std::string_view text) {
   while (i + sizeof(Block) < text.size() && !HasDoubledSlash(&text[i])) {
     i += sizeof(Block);
   }
-  for (; i + 1 < text.size(); ++i) {
-    if (text[i] == '/' && text[i + 1] == '/') return i;
+  // Every second character will do: a pair holds one of them.
+  for (++i; i < text.size(); i += 2) {
+    if (text[i] != '/') continue;
+    if (text[i - 1] == '/') return i - 1;
+    if (i + 1 < text.size() && text[i + 1] == '/') return i;
   }
   return text.npos;
 }
@@ -144,32 +147,39 @@ template ORVO_EXPORT std::string Join(ConstStringIterator_,
                                       ConstStringIterator_);
 
 std::string basename(const std::string& path) {
-  return path.substr(path.rfind('/') + 1);
+  const std::string_view text = path;
+  return std::string(text.substr(text.rfind('/') + 1));
 }
 
 std::string dirname(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  return slash == path.npos ? std::string() : path.substr(0, slash);
+  const std::string_view text = path;
+  const std::size_t slash = text.rfind('/');
+  return std::string(text.substr(0, slash == text.npos ? 0 : slash));
 }
 
 std::pair<std::string, std::string> split(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  if (slash == path.npos) return {path, std::string()};
-  return {path.substr(0, slash), path.substr(slash + 1)};
+  const std::string_view text = path;
+  const std::size_t slash = text.rfind('/');
+  if (slash == text.npos) return {path, std::string()};
+  return {std::string(text.substr(0, slash)),
+          std::string(text.substr(slash + 1))};
 }
 
 std::pair<std::string, std::string> splitext(const std::string& path) {
-  const std::size_t dot = std::min(path.rfind('.'), path.size());
-  return {path.substr(0, dot), path.substr(dot)};
+  const std::string_view text = path;
+  const std::size_t dot = std::min(text.rfind('.'), text.size());
+  return {std::string(text.substr(0, dot)), std::string(text.substr(dot))};
 }
 
 std::string basename_no_ext(const std::string& path) {
-  const std::size_t begin = path.rfind('/') + 1;
-  return path.substr(begin, FindExtension(path) - begin);
+  const std::string_view text = path;
+  const std::size_t begin = text.rfind('/') + 1;
+  return std::string(text.substr(begin, FindExtension(text) - begin));
 }
 
 std::string extension(const std::string& path) {
-  return path.substr(FindExtension(path));
+  const std::string_view text = path;
+  return std::string(text.substr(FindExtension(text)));
 }
 
 std::vector<std::string> split_to_vector(const std::string& path) {
@@ -179,7 +189,9 @@ std::vector<std::string> split_to_vector(const std::string& path) {
 
 std::string relpath(const std::string& path, const std::string& start) {
   // The usual case needs no lists: what follows the start is the answer.
-  if (IsBelow(path, start)) return path.substr(start.size() + 1);
+  if (IsBelow(path, start)) {
+    return std::string(std::string_view(path).substr(start.size() + 1));
+  }
 
   const std::vector<std::string_view> pathVector = FindComponents(path);
   const std::vector<std::string_view> startVector = FindComponents(start);

@@ -345,16 +345,46 @@ TEST(Join, EqualsItsModelForAllShortParts) {
   }
 }
 
+constexpr unsigned kSeed = 1;
+
+// Slashes are rare in most of the texts, so that many have none doubled.
+std::string RandomText(std::minstd_rand& random) {
+  const auto rarity = 2 + random() % 60;
+  std::string text(random() % 100, 'x');
+  for (char& c : text) {
+    if (random() % rarity == 0) c = '/';
+  }
+  return text;
+}
+
 TEST(Join, EqualsItsModelForLongPaths) {
-  std::minstd_rand random(1);
+  SCOPED_TRACE(kSeed);
+  std::minstd_rand random(kSeed);
   for (int i = 0; i < 20000; ++i) {
-    // Slashes are rare in most of the texts, so that many have none doubled.
-    const auto rarity = 2 + random() % 60;
-    std::string part(random() % 100, 'x');
-    for (char& c : part) {
-      if (random() % rarity == 0) c = '/';
-    }
+    const std::string part = RandomText(random);
     ASSERT_EQ(Join({part}), model::Join({part})) << part;
+  }
+}
+
+TEST(SplitToVector, EqualsItsModelForLongPaths) {
+  SCOPED_TRACE(kSeed);
+  std::minstd_rand random(kSeed);
+  for (int i = 0; i < 20000; ++i) {
+    const std::string path = RandomText(random);
+    ASSERT_EQ(split_to_vector(path), model::SplitToVector(path)) << path;
+  }
+}
+
+TEST(Relpath, EqualsItsModelForLongPaths) {
+  SCOPED_TRACE(kSeed);
+  std::minstd_rand random(kSeed);
+  for (int i = 0; i < 20000; ++i) {
+    const std::string start = RandomText(random);
+    const std::string path = start + "/" + RandomText(random);
+    ASSERT_EQ(relpath(path, start),
+              model::Relpath(path, model::SplitToVector(path),
+                             model::SplitToVector(start)))
+        << path << " relative to " << start;
   }
 }
 
