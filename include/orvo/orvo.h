@@ -9,6 +9,7 @@
 #include "orvo/lock.h"                 // IWYU pragma: export
 #include "orvo/numeric_string.h"       // IWYU pragma: export
 #include "orvo/operation_log.h"        // IWYU pragma: export
+#include "orvo/path.h"                 // IWYU pragma: export
 #include "orvo/str_gen.h"              // IWYU pragma: export
 #include "orvo/strings.h"              // IWYU pragma: export
 #include "orvo/thread_safe_ostream.h"  // IWYU pragma: export
