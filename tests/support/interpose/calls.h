@@ -34,6 +34,8 @@ Pointer FailWithNull(int error) {
   return nullptr;
 }
 
+extern Interposed<int(pthread_mutex_t*, const pthread_mutexattr_t*)>
+    pthread_mutex_init_calls;
 extern Interposed<int(pthread_mutex_t*)> pthread_mutex_lock_calls;
 extern Interposed<int(pthread_mutex_t*)> pthread_mutex_trylock_calls;
 extern Interposed<int(pthread_mutex_t*)> pthread_mutex_unlock_calls;
