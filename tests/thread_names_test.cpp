@@ -160,6 +160,7 @@ TEST(ThreadNames, NeverMixesTheNamesOfConcurrentThreads) {
   ThreadNames names;
   std::vector<std::thread::id> ids(kThreads);
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   Latch ready(kThreads);
   std::atomic<int> mixed{0};
   const auto is_whole = [](const std::string& name, int thread) {

@@ -8,6 +8,7 @@
 #include "orvo/format.h"               // IWYU pragma: export
 #include "orvo/lock.h"                 // IWYU pragma: export
 #include "orvo/operation_log.h"        // IWYU pragma: export
+#include "orvo/stacktrace.h"           // IWYU pragma: export
 #include "orvo/strings.h"              // IWYU pragma: export
 #include "orvo/thread_names.h"         // IWYU pragma: export
 #include "orvo/thread_safe_ostream.h"  // IWYU pragma: export

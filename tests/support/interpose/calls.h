@@ -34,6 +34,10 @@ Pointer FailWithNull(int error) {
   return nullptr;
 }
 
+extern Interposed<int(void**, int)> backtrace_calls;
+extern Interposed<char**(void* const*, int)> backtrace_symbols_calls;
+extern Interposed<char*(const char*, char*, std::size_t*, int*)>
+    cxa_demangle_calls;
 extern Interposed<int(pthread_mutex_t*, const pthread_mutexattr_t*)>
     pthread_mutex_init_calls;
 extern Interposed<int(pthread_mutex_t*)> pthread_mutex_lock_calls;
