@@ -5,6 +5,7 @@
 /// The whole library.
 
 #include "orvo/errors.h"               // IWYU pragma: export
+#include "orvo/exception_log.h"        // IWYU pragma: export
 #include "orvo/format.h"               // IWYU pragma: export
 #include "orvo/lock.h"                 // IWYU pragma: export
 #include "orvo/operation_log.h"        // IWYU pragma: export

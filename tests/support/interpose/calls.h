@@ -6,6 +6,7 @@
 /// its name, which only the programs that interpose it contain.
 
 #include <pthread.h>
+#include <sys/types.h>
 
 #include <cerrno>
 #include <cstdarg>
@@ -44,9 +45,11 @@ extern Interposed<int(pthread_mutex_t*)> pthread_mutex_lock_calls;
 extern Interposed<int(pthread_mutex_t*)> pthread_mutex_trylock_calls;
 extern Interposed<int(pthread_mutex_t*)> pthread_mutex_unlock_calls;
 extern Interposed<int(const timespec*, timespec*)> nanosleep_calls;
+extern Interposed<int(const char*, int, mode_t)> open_calls;
 extern Interposed<int(int, char*, std::size_t)> strerror_r_calls;
 extern Interposed<int(char*, std::size_t, const char*, va_list)>
     vsnprintf_calls;
+extern Interposed<ssize_t(int, const void*, std::size_t)> write_calls;
 
 }  // namespace orvo_test
 
