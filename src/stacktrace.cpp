@@ -26,11 +26,21 @@ namespace {
 constexpr int kDeepest = 65535;
 constexpr std::size_t kLineWidth = 140;
 constexpr std::size_t kColumnGap = 2;
+constexpr std::size_t kUsualSize = 64;
 
-// For memory that the system allocated with malloc().
+// Releases memory that the system allocated with malloc().
 struct Free {
   void operator()(void* memory) const { std::free(memory); }
 };
+
+using SystemText = std::unique_ptr<char, Free>;
+
+// Null if the name is not a mangled one.
+SystemText AskForDemangled(const char* name) {
+  int status = -1;
+  SystemText demangled(abi::__cxa_demangle(name, nullptr, nullptr, &status));
+  return status == 0 ? std::move(demangled) : nullptr;
+}
 
 // How many pieces there are between the blanks of a line, and the first seven.
 struct Tokens {
@@ -52,39 +62,13 @@ Tokens SplitAtBlanks(std::string_view line) {
   return tokens;
 }
 
-void ReportLine(std::size_t tokens, const std::string& line) {
-  const std::string text =
-      "frameLineNoSpaces.size() = " + std::to_string(tokens) + "\n" + line +
-      "\n";
+void ReportLine(std::size_t tokens, std::string_view line) {
+  std::string text =
+      "frameLineNoSpaces.size() = " + std::to_string(tokens) + "\n";
+  text.append(line).append("\n");
   std::cout.write(text.data(), static_cast<std::streamsize>(text.size()));
   std::cout.flush();
 }
-
-// What a trace shows of one frame.
-struct Row {
-  std::string number;
-  std::string image;
-  std::string address;
-  std::string symbol;
-  std::string offset;
-};
-
-// The widths of the columns in front of the symbols.
-struct Widths {
-  std::size_t number = 0;
-  std::size_t image = 0;
-  std::size_t address = 0;
-
-  Widths Including(const Row& row) const {
-    return {std::max(number, row.number.size()),
-            std::max(image, row.image.size()),
-            std::max(address, row.address.size())};
-  }
-
-  std::size_t PositionOfName() const {
-    return number + image + address + 3 * kColumnGap;
-  }
-};
 
 std::optional<std::uint64_t> ReadHex(std::string_view text) {
   if (text.substr(0, 2) != "0x") return std::nullopt;
@@ -103,10 +87,17 @@ std::optional<std::uint64_t> ReadOffset(std::string_view text) {
   return ReadHex(text.substr(1));
 }
 
+struct SystemLine {
+  std::string_view image;
+  std::string_view symbol;
+  std::uint64_t offset;
+  std::string_view address;
+};
+
 // Reads "image(symbol+0xoffset) [0xaddress]". The symbol may be missing; then
 // the offset is that from the start of the image. It is missing too where it
 // equals the address, in an image that is loaded where its addresses say.
-std::optional<Row> ReadSystemLine(std::string_view line, int number) {
+std::optional<SystemLine> ReadSystemLine(std::string_view line) {
   // From the end, because an image may have any name.
   const std::size_t place_start = line.rfind('(');
   const std::size_t place_end = line.find(") [", place_start);
@@ -123,65 +114,142 @@ std::optional<Row> ReadSystemLine(std::string_view line, int number) {
   const auto position = ReadHex(address);
   const auto offset =
       place.empty() ? position : ReadOffset(place.substr(symbol.size()));
-  if (image.empty() || !position || !offset ||
-      symbol.find_first_of("() ") != std::string_view::npos) {
-    return std::nullopt;
+  // A symbol with brackets or blanks may be cut in the wrong place.
+  const bool is_plain = symbol.find(')') == std::string_view::npos &&
+                        symbol.find(' ') == std::string_view::npos;
+  if (image.empty() || !is_plain || !position || !offset) return std::nullopt;
+  return SystemLine{image, symbol, *offset, address};
+}
+
+// The frames of a trace, and how wide their columns are.
+class Table {
+ public:
+  explicit Table(int frames) {
+    rows_.reserve(static_cast<std::size_t>(frames));
+    texts_.reserve(rows_.capacity() * kUsualSize);
   }
-  return Row{std::to_string(number), std::string(image), std::string(address),
-             symbol.empty() ? "??" : Demangle(std::string(symbol)),
-             std::to_string(*offset)};
-}
 
-// Reads one line of the system's. What cannot be read is reported.
-std::optional<Row> ReadLine(const std::string& line, int number,
-                            const Widths& widths) {
-  if (!endswith(line, "]")) {
-    const FrameParts parts(line);
-    if (!parts.GetSuccess()) return std::nullopt;
-    return Row{parts.GetFrameNumber(), parts.GetImage(), parts.GetAddress(),
-               parts.GetSymbol(), parts.GetOffset()};
+  // Adds a frame as the system describes it; reports what cannot be read.
+  bool Add(std::string_view line, int number) {
+    // The offset, which ends a line in columns, has no bracket.
+    if (line.empty() || line.back() != ']') {
+      return AddColumns(FrameParts(std::string(line)));
+    }
+    if (AddSystemLine(line, number)) return true;
+    ReportLine(SplitAtBlanks(line).count, line);
+    return false;
   }
-  std::optional<Row> row = ReadSystemLine(line, number);
-  // The name of a program must never end the program.
-  if (row && widths.Including(*row).PositionOfName() < kLineWidth) return row;
-  ReportLine(SplitAtBlanks(line).count, line);
-  return std::nullopt;
-}
 
-void AppendPadded(std::string* text, const std::string& field,
-                  std::size_t width) {
-  text->append(field).append(width + kColumnGap - field.size(), ' ');
-}
+  std::size_t PositionOfName() const { return widths_.PositionOfName(); }
 
-// Breaks the name after every `room` characters and indents what follows.
-void AppendFolded(std::string* text, const std::string& name, std::size_t room,
-                  std::size_t indentation) {
-  text->append(name, 0, room);
-  for (std::size_t start = room; start < name.size(); start += room) {
-    text->append("\n").append(indentation, ' ').append(name, start, room);
+  std::list<std::string> Format() const {
+    std::list<std::string> lines;
+    std::string_view texts = texts_;
+    for (const Sizes& row : rows_) lines.push_back(Format(row, &texts));
+    return lines;
   }
-}
 
-std::string Format(const Row& row, const Widths& widths,
-                   std::size_t positionOfName) {
-  // With assertions compiled out there may be no room.
-  const std::size_t room =
-      positionOfName < kLineWidth ? kLineWidth - positionOfName : 1;
-  std::string text;
-  AppendPadded(&text, row.number, widths.number);
-  AppendPadded(&text, row.image, widths.image);
-  AppendPadded(&text, row.address, widths.address);
-  AppendFolded(&text, row.symbol, room, positionOfName);
-  return text.append(" + ").append(row.offset);
-}
+ private:
+  struct Sizes {
+    std::size_t number = 0;
+    std::size_t image = 0;
+    std::size_t address = 0;
+    std::size_t symbol = 0;
+    std::size_t offset = 0;
+
+    std::size_t PositionOfName() const {
+      return number + image + address + 3 * kColumnGap;
+    }
+  };
+
+  bool AddColumns(const FrameParts& parts) {
+    if (!parts.GetSuccess()) return false;
+    AddRow(parts.GetFrameNumber(), parts.GetImage(), parts.GetAddress(),
+           parts.GetSymbol(), parts.GetOffset());
+    return true;
+  }
+
+  bool AddSystemLine(std::string_view line, int number) {
+    const std::optional<SystemLine> parts = ReadSystemLine(line);
+    if (!parts) return false;
+    const std::string number_text = std::to_string(number);
+    // The name of a program must never end the program.
+    const Sizes widths =
+        Widest(number_text.size(), parts->image.size(), parts->address.size());
+    if (widths.PositionOfName() >= kLineWidth) return false;
+
+    symbol_ = parts->symbol.empty() ? "??" : parts->symbol;
+    const SystemText demangled = AskForDemangled(symbol_.c_str());
+    AddRow(number_text, parts->image, parts->address,
+           demangled ? demangled.get() : std::string_view(symbol_),
+           std::to_string(parts->offset));
+    return true;
+  }
+
+  void AddRow(std::string_view number, std::string_view image,
+              std::string_view address, std::string_view symbol,
+              std::string_view offset) {
+    for (const auto text : {number, image, address, symbol, offset}) {
+      texts_ += text;
+    }
+    rows_.push_back({number.size(), image.size(), address.size(), symbol.size(),
+                     offset.size()});
+    widths_ = Widest(number.size(), image.size(), address.size());
+  }
+
+  // The widths of the columns in front of the symbols, with one row more.
+  Sizes Widest(std::size_t number, std::size_t image,
+               std::size_t address) const {
+    return {std::max(widths_.number, number), std::max(widths_.image, image),
+            std::max(widths_.address, address)};
+  }
+
+  // Takes the row's texts from the front of `texts`.
+  std::string Format(const Sizes& row, std::string_view* texts) const {
+    const std::size_t position = PositionOfName();
+    std::string line;
+    line.reserve(position + row.symbol + row.offset + 3);
+    line.assign(position, ' ');
+    char* column = line.data();
+    Take(texts, row.number).copy(column, row.number);
+    column += widths_.number + kColumnGap;
+    Take(texts, row.image).copy(column, row.image);
+    column += widths_.image + kColumnGap;
+    Take(texts, row.address).copy(column, row.address);
+    AppendFolded(&line, Take(texts, row.symbol));
+    line.append(" + ").append(Take(texts, row.offset));
+    return line;
+  }
+
+  static std::string_view Take(std::string_view* texts, std::size_t size) {
+    const std::string_view text = texts->substr(0, size);
+    texts->remove_prefix(size);
+    return text;
+  }
+
+  // Breaks the name at the end of the line and goes on below its beginning.
+  static void AppendFolded(std::string* line, std::string_view name) {
+    const std::size_t position = line->size();
+    // With assertions compiled out there may be no room.
+    const std::size_t room = position < kLineWidth ? kLineWidth - position : 1;
+    line->append(name.substr(0, room));
+    for (std::size_t start = room; start < name.size(); start += room) {
+      line->append("\n").append(position, ' ').append(name, start, room);
+    }
+  }
+
+  // One behind the other, because most of them are short.
+  std::string texts_;
+  std::vector<Sizes> rows_;
+  Sizes widths_;
+  std::string symbol_;
+};
 
 }  // namespace
 
 std::string Demangle(const std::string& name) {
-  int status = -1;
-  const std::unique_ptr<char, Free> demangled(
-      abi::__cxa_demangle(name.c_str(), nullptr, nullptr, &status));
-  return status == 0 ? demangled.get() : name;
+  const SystemText demangled = AskForDemangled(name.c_str());
+  return demangled ? demangled.get() : name;
 }
 
 FrameParts::FrameParts(const std::string& line) {
@@ -240,29 +308,18 @@ __attribute__((noinline)) std::list<std::string> GetStackTrace(int depth) {
   const std::unique_ptr<char*, Free> symbols(
       backtrace_symbols(addresses.get(), count));
   if (symbols == nullptr) return {};
-  const std::vector<std::string> lines(symbols.get() + 1,
-                                       symbols.get() + count);
 
-  std::vector<Row> rows;
-  Widths widths;
-  for (const std::string& line : lines) {
-    std::optional<Row> row =
-        ReadLine(line, static_cast<int>(rows.size()), widths);
-    if (!row) break;
-    widths = widths.Including(*row);
-    rows.push_back(*std::move(row));
-  }
+  Table table(count);
+  int next = 1;
+  while (next < count && table.Add(symbols.get()[next], next - 1)) ++next;
 
-  const std::size_t positionOfName = widths.PositionOfName();
+  [[maybe_unused]] const std::size_t positionOfName = table.PositionOfName();
   // The report names this line of this source, wherever it stands.
 #line 185
   assert(positionOfName < 140);
-#line 261
-  if (rows.size() < lines.size()) return {lines.begin(), lines.end()};
-  std::list<std::string> trace;
-  for (const Row& row : rows)
-    trace.push_back(Format(row, widths, positionOfName));
-  return trace;
+#line 321
+  if (next < count) return {symbols.get() + 1, symbols.get() + count};
+  return table.Format();
 }
 
 __attribute__((noinline)) void PrintStackTrace(int depth) {
