@@ -26,7 +26,7 @@ namespace {
 constexpr int kDeepest = 65535;
 constexpr std::size_t kLineWidth = 140;
 constexpr std::size_t kColumnGap = 2;
-constexpr std::size_t kUsualSize = 64;
+constexpr std::size_t kUsualSize = 128;
 
 // Releases memory that the system allocated with malloc().
 struct Free {
