@@ -95,8 +95,7 @@ struct SystemLine {
 };
 
 // Reads "image(symbol+0xoffset) [0xaddress]". The symbol may be missing; then
-// the offset is that from the start of the image. It is missing too where it
-// equals the address, in an image that is loaded where its addresses say.
+// the offset is that from the start of the image.
 std::optional<SystemLine> ReadSystemLine(std::string_view line) {
   // From the end, because an image may have any name.
   const std::size_t place_start = line.rfind('(');
@@ -111,13 +110,13 @@ std::optional<SystemLine> ReadSystemLine(std::string_view line) {
   address.remove_suffix(1);
 
   const std::string_view symbol = place.substr(0, place.rfind('+'));
-  const auto position = ReadHex(address);
-  const auto offset =
-      place.empty() ? position : ReadOffset(place.substr(symbol.size()));
+  const auto offset = ReadOffset(place.substr(symbol.size()));
   // A symbol with brackets or blanks may be cut in the wrong place.
   const bool is_plain = symbol.find(')') == std::string_view::npos &&
                         symbol.find(' ') == std::string_view::npos;
-  if (image.empty() || !is_plain || !position || !offset) return std::nullopt;
+  if (image.empty() || !is_plain || !ReadHex(address) || !offset) {
+    return std::nullopt;
+  }
   return SystemLine{image, symbol, *offset, address};
 }
 
@@ -317,7 +316,7 @@ __attribute__((noinline)) std::list<std::string> GetStackTrace(int depth) {
   // The report names this line of this source, wherever it stands.
 #line 185
   assert(positionOfName < 140);
-#line 321
+#line 320
   if (next < count) return {symbols.get() + 1, symbols.get() + count};
   return table.Format();
 }
