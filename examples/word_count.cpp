@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iostream>
 #include <mutex>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -54,16 +55,17 @@ Counts CountFile(const std::string& path) {
   return counts;
 }
 
-void CountInThread(const std::string& path, Counts* counts, Totals* totals) {
+void CountInThread(const std::string& path, std::optional<Counts>* counts,
+                   Totals* totals) {
   const std::string what = "count " + path;
   orvo::LogAttempt(__FILE__, __LINE__, what);
   try {
     *counts = CountFile(path);
     orvo::LogSuccess(__FILE__, __LINE__, what);
     const std::lock_guard<orvo::Lock> guard(totals->lock);
-    totals->counts.lines += counts->lines;
-    totals->counts.words += counts->words;
-    totals->counts.bytes += counts->bytes;
+    totals->counts.lines += (*counts)->lines;
+    totals->counts.words += (*counts)->words;
+    totals->counts.bytes += (*counts)->bytes;
   } catch (const std::exception& error) {
     std::cerr << orvo::CreateFailureMessage(__FILE__, __LINE__, what,
                                             error.what()) +
@@ -86,7 +88,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   const std::vector<std::string> paths(argv + 1, argv + argc);
-  std::vector<Counts> counts(paths.size());
+  std::vector<std::optional<Counts>> counts(paths.size());
   Totals totals;
 
   std::vector<std::thread> threads;
@@ -96,7 +98,9 @@ int main(int argc, char** argv) {
   for (std::thread& thread : threads) thread.join();
 
   std::cout << "    lines     words       bytes  file\n";
-  for (std::size_t i = 0; i < paths.size(); ++i) PrintRow(counts[i], paths[i]);
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    if (counts[i]) PrintRow(*counts[i], paths[i]);
+  }
   PrintRow(totals.counts, "total");
   return totals.failed ? EXIT_FAILURE : EXIT_SUCCESS;
 }

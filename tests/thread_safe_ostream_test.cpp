@@ -269,7 +269,7 @@ struct ThrowingReceiver {
 TEST(OutBufferDeathTest, EndsTheProcessWhenItsDestructorFails) {
   ThrowingReceiver receiver;
   EXPECT_EXIT(OutBuffer<ThrowingReceiver>{receiver},
-              testing::KilledBySignal(SIGABRT), "no flush");
+              testing::KilledBySignal(SIGABRT), "terminate called");
 }
 
 TEST(CoutBuffer, WritesItsMessageWhenItGoes) {

@@ -7,7 +7,11 @@
 #include "orvo/errors.h"               // IWYU pragma: export
 #include "orvo/format.h"               // IWYU pragma: export
 #include "orvo/lock.h"                 // IWYU pragma: export
+#include "orvo/numeric_string.h"       // IWYU pragma: export
 #include "orvo/operation_log.h"        // IWYU pragma: export
+#include "orvo/path.h"                 // IWYU pragma: export
+#include "orvo/str_gen.h"              // IWYU pragma: export
+#include "orvo/strings.h"              // IWYU pragma: export
 #include "orvo/thread_safe_ostream.h"  // IWYU pragma: export
 #include "orvo/time_value.h"           // IWYU pragma: export
 

@@ -5,7 +5,9 @@
 /// The interposed functions by name, for hooks. Each is defined in the file of
 /// its name, which only the programs that interpose it contain.
 
+#include <dirent.h>
 #include <pthread.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <cstdarg>
@@ -43,6 +45,11 @@ extern Interposed<int(pthread_mutex_t*, const pthread_mutexattr_t*)>
 extern Interposed<int(pthread_mutex_t*)> pthread_mutex_lock_calls;
 extern Interposed<int(pthread_mutex_t*)> pthread_mutex_trylock_calls;
 extern Interposed<int(pthread_mutex_t*)> pthread_mutex_unlock_calls;
+extern Interposed<int(DIR*)> closedir_calls;
+extern Interposed<int(const char*, mode_t)> mkdir_calls;
+extern Interposed<DIR*(const char*)> opendir_calls;
+extern Interposed<dirent*(DIR*)> readdir_calls;
+extern Interposed<int(const char*, struct stat*)> stat_calls;
 extern Interposed<int(int, char*, std::size_t)> strerror_r_calls;
 extern Interposed<std::size_t(char*, std::size_t, const char*, const std::tm*)>
     strftime_calls;
