@@ -37,17 +37,17 @@ Pointer FailWithNull(int error) {
 }
 
 extern Interposed<int(clockid_t, timespec*)> clock_gettime_calls;
+extern Interposed<int(DIR*)> closedir_calls;
 extern Interposed<std::tm*(const std::time_t*, std::tm*)> gmtime_r_calls;
 extern Interposed<std::tm*(const std::time_t*, std::tm*)> localtime_r_calls;
+extern Interposed<int(const char*, mode_t)> mkdir_calls;
 extern Interposed<int(const timespec*, timespec*)> nanosleep_calls;
+extern Interposed<DIR*(const char*)> opendir_calls;
 extern Interposed<int(pthread_mutex_t*, const pthread_mutexattr_t*)>
     pthread_mutex_init_calls;
 extern Interposed<int(pthread_mutex_t*)> pthread_mutex_lock_calls;
 extern Interposed<int(pthread_mutex_t*)> pthread_mutex_trylock_calls;
 extern Interposed<int(pthread_mutex_t*)> pthread_mutex_unlock_calls;
-extern Interposed<int(DIR*)> closedir_calls;
-extern Interposed<int(const char*, mode_t)> mkdir_calls;
-extern Interposed<DIR*(const char*)> opendir_calls;
 extern Interposed<dirent*(DIR*)> readdir_calls;
 extern Interposed<int(const char*, struct stat*)> stat_calls;
 extern Interposed<int(int, char*, std::size_t)> strerror_r_calls;
