@@ -88,6 +88,8 @@ TEST(TimeValue, TakesOtherDurationsOfWholeNanoseconds) {
   EXPECT_EQ(Count(std::chrono::hours(-2)), -7200000000000);
   EXPECT_EQ(Count(std::chrono::minutes(1)), 60000000000);
   EXPECT_EQ(Count(duration<short, std::milli>(-3)), -3000000);
+  EXPECT_EQ(Count(duration<long long, std::ratio<3600>>(2)), 7200000000000);
+  EXPECT_EQ(Count(duration<unsigned long, std::milli>(5)), 5000000);
   EXPECT_EQ(Count(duration<unsigned, std::deci>(3)), 300000000);
 }
 
@@ -344,9 +346,10 @@ TEST(TimeValue, AddsAndSubtracts) {
   EXPECT_EQ(time + TimeValue(2), TimeValue(0));
   EXPECT_EQ(time - TimeValue(2), TimeValue(-4));
   EXPECT_EQ(time, TimeValue(-2));
-  time += time;
+  const TimeValue& same = time;
+  time += same;
   EXPECT_EQ(time, TimeValue(-4));
-  time -= time;
+  time -= same;
   EXPECT_EQ(time, TimeValue(0));
 }
 

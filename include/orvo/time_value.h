@@ -70,7 +70,7 @@ class ORVO_EXPORT TimeValue {
       typename Factor = std::ratio_divide<Period, std::nano>,
       std::enable_if_t<std::is_integral_v<Rep> && Factor::den == 1, int> = 0>
   constexpr TimeValue(const std::chrono::duration<Rep, Period>& time) noexcept
-      : count_(Multiply_(time.count(), Factor::num)) {}
+      : count_(Multiply_(static_cast<long long>(time.count()), Factor::num)) {}
   /// @}
 
   /// @name From seconds
@@ -84,11 +84,11 @@ class ORVO_EXPORT TimeValue {
   ORVO_EXPORT_INLINE constexpr TimeValue(long long seconds) noexcept
       : count_(Multiply_(seconds, kSecond_)) {}
   ORVO_EXPORT_INLINE constexpr TimeValue(unsigned long long seconds) noexcept
-      : count_(Multiply_(seconds, kSecond_)) {}
+      : count_(Multiply_(static_cast<long long>(seconds), kSecond_)) {}
   ORVO_EXPORT_INLINE constexpr TimeValue(long seconds) noexcept
       : count_(Multiply_(seconds, kSecond_)) {}
   ORVO_EXPORT_INLINE constexpr TimeValue(unsigned long seconds) noexcept
-      : count_(Multiply_(seconds, kSecond_)) {}
+      : count_(Multiply_(static_cast<long long>(seconds), kSecond_)) {}
   ORVO_EXPORT_INLINE constexpr TimeValue(int seconds) noexcept
       : count_(Multiply_(seconds, kSecond_)) {}
   ORVO_EXPORT_INLINE constexpr TimeValue(unsigned int seconds) noexcept
@@ -276,9 +276,8 @@ class ORVO_EXPORT TimeValue {
     return std::chrono::nanoseconds(
         static_cast<std::chrono::nanoseconds::rep>(count));
   }
-  template <typename Count>
   static constexpr std::chrono::nanoseconds Multiply_(
-      Count count, long long factor) noexcept {
+      long long count, long long factor) noexcept {
     return Wrap_(static_cast<unsigned long long>(count) *
                  static_cast<unsigned long long>(factor));
   }
