@@ -19,10 +19,6 @@
 namespace orvo::path {
 namespace {
 
-bool StartsWith(std::string_view text, std::string_view start) {
-  return text.substr(0, start.size()) == start;
-}
-
 // Characters that are compared all at once.
 using Block = char __attribute__((vector_size(16)));
 
@@ -76,12 +72,10 @@ std::vector<std::string_view> FindComponents(std::string_view path) {
 // Whether the path is the start followed by a slash and further components,
 // none of them empty.
 bool IsBelow(std::string_view path, std::string_view start) {
-  if (!StartsWith(path, start)) return false;
-  // From the last character of the start on, which may be a slash itself.
-  const std::string_view rest =
-      path.substr(start.empty() ? 0 : start.size() - 1);
-  return path.size() > start.size() && path[start.size()] == '/' &&
-         path.back() != '/' && FindDoubledSlash(rest) == rest.npos;
+  if (path.substr(0, start.size()) != start) return false;
+  const std::string_view rest = path.substr(start.size());
+  return !rest.empty() && rest.front() == '/' && rest.back() != '/' &&
+         FindDoubledSlash(rest) == rest.npos;
 }
 
 // Where the extension of the base name begins; the end of the path if it has
