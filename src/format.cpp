@@ -6,7 +6,8 @@
 
 #ifdef __GLIBC__
 // The XSI function, under the name that glibc gives it whichever variant of
-// strerror_r() its headers declare. NOLINTNEXTLINE(*-reserved-identifier)
+// strerror_r() its headers declare.
+// NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 extern "C" int __xpg_strerror_r(int errnum, char* buffer, std::size_t size);
 #endif
 
@@ -68,6 +69,8 @@ std::string format(const char* fmt, ...) {
   return Expand(fmt, args);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): no reference can stand
+// before a variable argument list.
 std::string format(std::string fmt, ...) {
   va_list args;
   va_start(args, fmt);

@@ -34,6 +34,7 @@ class PassCounter {
       }};
 };
 
+ORVO_PRINTF_LIKE(3, 4)
 int CallVformat(char* buffer, unsigned long size, const char* fmt, ...) {
   va_list arguments;
   va_start(arguments, fmt);

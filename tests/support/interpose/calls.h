@@ -39,6 +39,8 @@ Pointer FailWithNull(int error) {
 extern Interposed<int(DIR*)> closedir_calls;
 extern Interposed<int(const char*, mode_t)> mkdir_calls;
 extern Interposed<DIR*(const char*)> opendir_calls;
+extern Interposed<int(pthread_mutex_t*, const pthread_mutexattr_t*)>
+    pthread_mutex_init_calls;
 extern Interposed<int(pthread_mutex_t*)> pthread_mutex_lock_calls;
 extern Interposed<int(pthread_mutex_t*)> pthread_mutex_trylock_calls;
 extern Interposed<int(pthread_mutex_t*)> pthread_mutex_unlock_calls;
