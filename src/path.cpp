@@ -48,7 +48,7 @@ std::size_t FindDoubledSlash(std::string_view text) {
     if (text[i - 1] == '/') return i - 1;
     if (i + 1 < text.size() && text[i + 1] == '/') return i;
   }
-  return text.npos;
+  return std::string_view::npos;
 }
 
 // The components of a path, in place. They are found from the back: an empty
@@ -58,7 +58,7 @@ std::vector<std::string_view> FindComponents(std::string_view path) {
   components.reserve(16);  // enough for most paths
   for (;;) {
     const std::size_t slash = path.rfind('/');
-    if (slash == path.npos) break;
+    if (slash == std::string_view::npos) break;
     const std::string_view last = path.substr(slash + 1);
     path = path.substr(0, slash);
     if (last.empty()) break;
@@ -75,7 +75,7 @@ bool IsBelow(std::string_view path, std::string_view start) {
   if (path.substr(0, start.size()) != start) return false;
   const std::string_view rest = path.substr(start.size());
   return !rest.empty() && rest.front() == '/' && rest.back() != '/' &&
-         FindDoubledSlash(rest) == rest.npos;
+         FindDoubledSlash(rest) == std::string_view::npos;
 }
 
 // Where the extension of the base name begins; the end of the path if it has
@@ -117,7 +117,7 @@ std::string ExplainMkdirError(int error) {
 
 void CollapseSlashes_(std::string& text) {
   const std::size_t doubled = FindDoubledSlash(text);
-  if (doubled == text.npos) return;
+  if (doubled == std::string_view::npos) return;
   const auto first = text.begin() + static_cast<std::ptrdiff_t>(doubled);
   const auto are_slashes = [](char a, char b) { return a == '/' && b == '/'; };
   text.erase(std::unique(first, text.end(), are_slashes), text.end());
@@ -148,13 +148,14 @@ std::string basename(const std::string& path) {
 std::string dirname(const std::string& path) {
   const std::string_view text = path;
   const std::size_t slash = text.rfind('/');
-  return std::string(text.substr(0, slash == text.npos ? 0 : slash));
+  return std::string(
+      text.substr(0, slash == std::string_view::npos ? 0 : slash));
 }
 
 std::pair<std::string, std::string> split(const std::string& path) {
   const std::string_view text = path;
   const std::size_t slash = text.rfind('/');
-  if (slash == text.npos) return {path, std::string()};
+  if (slash == std::string_view::npos) return {path, std::string()};
   return {std::string(text.substr(0, slash)),
           std::string(text.substr(slash + 1))};
 }
