@@ -19,10 +19,6 @@
 namespace orvo::path {
 namespace {
 
-bool StartsWith(std::string_view text, std::string_view start) {
-  return text.substr(0, start.size()) == start;
-}
-
 // Characters that are compared all at once.
 using Block = char __attribute__((vector_size(16)));
 
@@ -52,7 +48,7 @@ std::size_t FindDoubledSlash(std::string_view text) {
     if (text[i - 1] == '/') return i - 1;
     if (i + 1 < text.size() && text[i + 1] == '/') return i;
   }
-  return text.npos;
+  return std::string_view::npos;
 }
 
 // The components of a path, in place. They are found from the back: an empty
@@ -62,7 +58,7 @@ std::vector<std::string_view> FindComponents(std::string_view path) {
   components.reserve(16);  // enough for most paths
   for (;;) {
     const std::size_t slash = path.rfind('/');
-    if (slash == path.npos) break;
+    if (slash == std::string_view::npos) break;
     const std::string_view last = path.substr(slash + 1);
     path = path.substr(0, slash);
     if (last.empty()) break;
@@ -76,12 +72,10 @@ std::vector<std::string_view> FindComponents(std::string_view path) {
 // Whether the path is the start followed by a slash and further components,
 // none of them empty.
 bool IsBelow(std::string_view path, std::string_view start) {
-  if (!StartsWith(path, start)) return false;
-  // From the last character of the start on, which may be a slash itself.
-  const std::string_view rest =
-      path.substr(start.empty() ? 0 : start.size() - 1);
-  return path.size() > start.size() && path[start.size()] == '/' &&
-         path.back() != '/' && FindDoubledSlash(rest) == rest.npos;
+  if (path.substr(0, start.size()) != start) return false;
+  const std::string_view rest = path.substr(start.size());
+  return !rest.empty() && rest.front() == '/' && rest.back() != '/' &&
+         FindDoubledSlash(rest) == std::string_view::npos;
 }
 
 // Where the extension of the base name begins; the end of the path if it has
@@ -123,7 +117,7 @@ std::string ExplainMkdirError(int error) {
 
 void CollapseSlashes_(std::string& text) {
   const std::size_t doubled = FindDoubledSlash(text);
-  if (doubled == text.npos) return;
+  if (doubled == std::string_view::npos) return;
   const auto first = text.begin() + static_cast<std::ptrdiff_t>(doubled);
   const auto are_slashes = [](char a, char b) { return a == '/' && b == '/'; };
   text.erase(std::unique(first, text.end(), are_slashes), text.end());
@@ -154,13 +148,14 @@ std::string basename(const std::string& path) {
 std::string dirname(const std::string& path) {
   const std::string_view text = path;
   const std::size_t slash = text.rfind('/');
-  return std::string(text.substr(0, slash == text.npos ? 0 : slash));
+  return std::string(
+      text.substr(0, slash == std::string_view::npos ? 0 : slash));
 }
 
 std::pair<std::string, std::string> split(const std::string& path) {
   const std::string_view text = path;
   const std::size_t slash = text.rfind('/');
-  if (slash == text.npos) return {path, std::string()};
+  if (slash == std::string_view::npos) return {path, std::string()};
   return {std::string(text.substr(0, slash)),
           std::string(text.substr(slash + 1))};
 }

@@ -5,7 +5,6 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <map>
 #include <new>
@@ -426,6 +425,7 @@ TEST(MakeDirectories, ToleratesOthersWhoCreateTheSamePath) {
   constexpr int kRounds = 50;
   orvo_test::Latch latch(kThreads);
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (int i = 0; i < kThreads; ++i) {
     threads.emplace_back([&] {
       latch.Arrive();
@@ -461,7 +461,7 @@ TEST(Listdir, KeepsTheOrderOfTheSystem) {
   const TemporaryFolder folder;
   dirent entries[4] = {};
   const char* const names[] = {"b", "..", "a", "b"};
-  for (int i = 0; i < 4; ++i) std::strcpy(entries[i].d_name, names[i]);
+  for (int i = 0; i < 4; ++i) std::string(names[i]).copy(entries[i].d_name, 2);
   int calls = 0;
   const ScopedHook hook(orvo_test::readdir_calls, [&](DIR*) {
     return calls++ < 4 ? &entries[calls - 1] : nullptr;

@@ -359,7 +359,7 @@ std::string RandomText(std::minstd_rand& random) {
 
 TEST(Join, EqualsItsModelForLongPaths) {
   SCOPED_TRACE(kSeed);
-  std::minstd_rand random(kSeed);
+  std::minstd_rand random(kSeed);  // NOLINT(cert-msc*): repeatable
   for (int i = 0; i < 20000; ++i) {
     const std::string part = RandomText(random);
     ASSERT_EQ(Join({part}), model::Join({part})) << part;
@@ -368,7 +368,7 @@ TEST(Join, EqualsItsModelForLongPaths) {
 
 TEST(SplitToVector, EqualsItsModelForLongPaths) {
   SCOPED_TRACE(kSeed);
-  std::minstd_rand random(kSeed);
+  std::minstd_rand random(kSeed);  // NOLINT(cert-msc*): repeatable
   for (int i = 0; i < 20000; ++i) {
     const std::string path = RandomText(random);
     ASSERT_EQ(split_to_vector(path), model::SplitToVector(path)) << path;
@@ -377,7 +377,7 @@ TEST(SplitToVector, EqualsItsModelForLongPaths) {
 
 TEST(Relpath, EqualsItsModelForLongPaths) {
   SCOPED_TRACE(kSeed);
-  std::minstd_rand random(kSeed);
+  std::minstd_rand random(kSeed);  // NOLINT(cert-msc*): repeatable
   for (int i = 0; i < 20000; ++i) {
     const std::string start = RandomText(random);
     const std::string path = start + "/" + RandomText(random);
@@ -391,6 +391,7 @@ TEST(Relpath, EqualsItsModelForLongPaths) {
 TEST(Relpath, EqualsItsModelForAllPairsOfShortPaths) {
   const std::vector<std::string> texts = AllTexts(5);
   std::vector<std::vector<std::string>> components;
+  components.reserve(texts.size());
   for (const std::string& text : texts) {
     components.push_back(model::SplitToVector(text));
   }
