@@ -4,6 +4,7 @@
 /// @file
 /// The whole library.
 
+#include "orvo/byte_order.h"           // IWYU pragma: export
 #include "orvo/errors.h"               // IWYU pragma: export
 #include "orvo/format.h"               // IWYU pragma: export
 #include "orvo/lock.h"                 // IWYU pragma: export
