@@ -8,6 +8,7 @@
 #include "orvo/errors.h"               // IWYU pragma: export
 #include "orvo/format.h"               // IWYU pragma: export
 #include "orvo/lock.h"                 // IWYU pragma: export
+#include "orvo/midi.h"                 // IWYU pragma: export
 #include "orvo/operation_log.h"        // IWYU pragma: export
 #include "orvo/strings.h"              // IWYU pragma: export
 #include "orvo/thread_safe_ostream.h"  // IWYU pragma: export
