@@ -7,6 +7,7 @@
 #include "orvo/byte_order.h"           // IWYU pragma: export
 #include "orvo/errors.h"               // IWYU pragma: export
 #include "orvo/format.h"               // IWYU pragma: export
+#include "orvo/id3.h"                  // IWYU pragma: export
 #include "orvo/lock.h"                 // IWYU pragma: export
 #include "orvo/midi.h"                 // IWYU pragma: export
 #include "orvo/operation_log.h"        // IWYU pragma: export
