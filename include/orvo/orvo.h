@@ -13,5 +13,6 @@
 #include "orvo/operation_log.h"        // IWYU pragma: export
 #include "orvo/strings.h"              // IWYU pragma: export
 #include "orvo/thread_safe_ostream.h"  // IWYU pragma: export
+#include "orvo/uuid.h"                 // IWYU pragma: export
 
 #endif  // ORVO_ORVO_H_
