@@ -6,6 +6,7 @@
 
 #include <string_view>
 
+#include "internal/hex_digits.h"
 #include "internal/number_text.h"
 #include "orvo/strings.h"
 
@@ -69,6 +70,17 @@ std::uint64_t hash(const void* data, std::uint64_t size) {
 template <typename T>
 T HexStringToNumber(const std::string& text) {
   T value = 0;
+  // Nearly every text is digits alone, and no more than the type holds.
+  if (text.size() <= 2 * sizeof(T)) {
+    unsigned all_digits = 0;
+    for (const char c : text) {
+      const unsigned digit = internal::HexDigitValue(c);
+      all_digits |= digit;
+      value = static_cast<T>(value << 4 | digit);
+    }
+    if (all_digits < 16) return value;
+    value = 0;
+  }
   internal::ReadNumber<16>(strip(std::string_view(text)), value);
   return value;
 }

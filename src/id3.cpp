@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <ios>
 #include <istream>
+#include <string_view>
 #include <utility>
 
 #include "orvo/errors.h"
@@ -22,14 +23,21 @@ void ReadBytes(std::istream& stream, void* bytes, std::streamsize size) {
   stream.read(static_cast<char*>(bytes), size);
 }
 
-void SkipForward(std::istream& stream, std::uint32_t count) {
-  // A seek would make a file stream drop its buffer, which mostly holds what
-  // comes next; reading on is left to seeks because they may pass the end.
+bool IsComment(const FrameHeader& header) {
+  return std::string_view(header.identifier, 4) == "COMM";
+}
+
+// A seek would make a file stream drop its buffer, which mostly holds what
+// comes next. Only a seek may pass the end of the stream.
+//
+// Returns whether the stream has simply moved on by this count.
+bool SkipForward(std::istream& stream, std::uint32_t count) {
   if (stream.good() && count < stream.rdbuf()->in_avail()) {
     stream.ignore(count);
-  } else {
-    stream.seekg(count, std::ios_base::cur);
+    return true;
   }
+  stream.seekg(count, std::ios_base::cur);
+  return false;
 }
 
 // Piece by piece: the count may promise more than the stream holds.
@@ -44,7 +52,7 @@ void AppendBytes(std::istream& stream, std::int64_t count, std::string* text) {
 
 }  // namespace
 
-static_assert(sizeof(ID3Header) == 10);
+static_assert(sizeof(ID3Header) == 10 && sizeof(FrameHeader) == 10);
 
 std::string ID3Header::id_str() const {
   return std::string(identifier, sizeof identifier);
@@ -80,40 +88,41 @@ std::uint32_t ExtendedHeader::size() const {
 }
 
 FrameHeader::FrameHeader(std::istream& stream) {
-  ReadBytes(stream, bytes_, sizeof bytes_);
+  ReadBytes(stream, this, sizeof *this);
 }
 
 std::uint32_t FrameHeader::size() const {
-  return FromBigEndian(bytes_ + 4);
+  return FromBigEndian(size_bytes);
 }
 
 std::string FrameHeader::id_str() const {
-  return std::string(bytes_, bytes_ + 4);
+  return std::string(identifier, sizeof identifier);
 }
 
 COMMFrame::COMMFrame(std::istream& stream) : COMMFrame(FrameHeader(stream)) {
-  if (const char* problem = ReadBody_(stream)) throw NotACOMM(problem);
+  if (!IsComment(header)) {
+    SkipForward(stream, header.size());
+    throw NotACOMM("Not a COMM frame.");
+  }
+  if (!ReadBody_(stream)) throw NotACOMM("Only encoding == 0 is supported.");
 }
 
 COMMFrame::COMMFrame(const FrameHeader& frame_header) : header(frame_header) {}
 
-const char* COMMFrame::ReadBody_(std::istream& stream) {
-  if (id_str() != "COMM") {
-    SkipForward(stream, header.size());
-    return "Not a COMM frame.";
-  }
-  ReadBytes(stream, &encoding, sizeof encoding);
-  ReadBytes(stream, language, sizeof language);
-  if (encoding != 0) return "Only encoding == 0 is supported.";
+bool COMMFrame::ReadBody_(std::istream& stream) {
+  unsigned char start[4] = {};
+  ReadBytes(stream, start, sizeof start);
+  encoding = start[0];
+  std::copy(start + 1, start + 4, language);
+  if (encoding != 0) return false;
 
   std::getline(stream, description, '\0');
-  const std::size_t before_text =
-      sizeof encoding + sizeof language + description.size() + 1;
+  const std::size_t before_text = sizeof start + description.size() + 1;
   AppendBytes(
       stream,
       std::int64_t{header.size()} - static_cast<std::int64_t>(before_text),
       &text);
-  return nullptr;
+  return true;
 }
 
 std::string COMMFrame::id_str() const {
@@ -129,16 +138,26 @@ std::string get_comm(std::istream& stream) {
   }
   if (tag.extended_header()) ExtendedHeader{stream};
 
-  const std::streamoff end = std::streamoff{tag.get_size()} + 10;
-  for (;;) {
-    const std::streamoff position = stream.tellg();
-    // A stream that has failed, or that cannot seek, has no position.
-    if (position < 0 || position > end || position > kSearchLimit) return "";
-
-    // Most frames are something else: nothing is thrown for them.
-    COMMFrame frame{FrameHeader(stream)};
-    if (frame.ReadBody_(stream) == nullptr) return std::move(frame.text);
+  const std::streamoff end =
+      std::min(std::streamoff{tag.get_size()} + 10, kSearchLimit);
+  std::streamoff position = stream.tellg();
+  // A stream that has failed, or that cannot seek, has no position.
+  while (position >= 0 && position <= end) {
+    const FrameHeader header(stream);
+    if (IsComment(header)) {
+      COMMFrame frame(header);
+      if (frame.ReadBody_(stream)) return std::move(frame.text);
+      position = stream.tellg();
+      continue;
+    }
+    const std::uint32_t size = FromBigEndian(header.size_bytes);
+    if (SkipForward(stream, size)) {
+      position += std::streamoff{sizeof header} + size;
+    } else {
+      position = stream.tellg();
+    }
   }
+  return "";
 }
 
 }  // namespace orvo

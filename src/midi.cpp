@@ -36,10 +36,16 @@ unsigned char CheckedBaseNoteIndex(std::string_view letter) {
   return base;
 }
 
+constexpr bool IsAccidental(char c) {
+  return c == 'b' || c == '#' || c == 'x';
+}
+
 int OffsetOf(std::string_view accidental) {
-  if (accidental == "#") return 1;
-  if (accidental == "b") return -1;
-  if (accidental == "x") return 2;
+  if (accidental.size() == 1) {
+    if (accidental[0] == '#') return 1;
+    if (accidental[0] == 'b') return -1;
+    if (accidental[0] == 'x') return 2;
+  }
   if (accidental == "bb") return -2;
   throw InvalidNoteName(std::string(accidental) +
                         " is not a valid accidental.");
@@ -62,18 +68,40 @@ unsigned char ToIndex(int octave, unsigned char base, int offset) {
       base + static_cast<unsigned>(offset));
 }
 
-std::string NameOf(const Note& note, const Spellings& spellings) {
-  const std::string_view spelling =
-      spellings[note.GetIndex() % kNotesPerOctave];
-  std::string name(spelling);
-  int octave = note.GetOctave();
-  if (octave < 0) {
-    name += '-';
-    octave = -octave;
+constexpr std::string_view SpellingOf(int index, const Spellings& spellings) {
+  return spellings[static_cast<unsigned>(index % kNotesPerOctave)];
+}
+
+constexpr int OctaveOfIndex(int index) {
+  return index / kNotesPerOctave + kOctaveOffset;
+}
+
+struct NoteName {
+  char text[4];
+  unsigned char size;
+};
+using NoteNames = std::array<NoteName, 256>;
+
+constexpr NoteNames MakeNames(const Spellings& spellings) {
+  NoteNames names{};
+  for (int index = 0; index < 256; ++index) {
+    NoteName& name = names[static_cast<unsigned>(index)];
+    for (const char c : SpellingOf(index, spellings)) {
+      name.text[name.size++] = c;
+    }
+    const int octave = OctaveOfIndex(index);
+    if (octave < 0) name.text[name.size++] = '-';
+    if (octave >= 10) name.text[name.size++] = '1';
+    const int last_digit = octave < 0 ? -octave : octave % 10;
+    name.text[name.size++] = static_cast<char>('0' + last_digit);
   }
-  if (octave >= 10) name += static_cast<char>('0' + octave / 10);
-  name += static_cast<char>('0' + octave % 10);
-  return name;
+  return names;
+}
+constexpr NoteNames kSharpNames = MakeNames(kSharpSpellings);
+constexpr NoteNames kFlatNames = MakeNames(kFlatSpellings);
+
+std::string ToString(const NoteName& name) {
+  return std::string(name.text, name.size);
 }
 
 void AppendInField(std::string_view text, std::size_t width,
@@ -116,21 +144,23 @@ unsigned char GetNoteIndex(const std::string& name) {
   const unsigned char base = CheckedBaseNoteIndex(text.substr(0, 1));
   if (text.size() < 2) return base;
 
-  const std::string_view rest = text.substr(1);
-  const std::size_t octave_start = rest.find_first_not_of("b#x");
-  if (octave_start == 0) return ToIndex(OctaveOf(rest), base, 0);
-
-  const int offset = OffsetOf(rest.substr(0, octave_start));
-  if (octave_start == std::string_view::npos) return ToIndex(0, base, offset);
-  return ToIndex(OctaveOf(rest.substr(octave_start)), base, offset);
+  std::size_t octave_start = 1;
+  while (octave_start < text.size() && IsAccidental(text[octave_start])) {
+    ++octave_start;
+  }
+  const int offset =
+      octave_start == 1 ? 0 : OffsetOf(text.substr(1, octave_start - 1));
+  const int octave =
+      octave_start == text.size() ? 0 : OctaveOf(text.substr(octave_start));
+  return ToIndex(octave, base, offset);
 }
 
 std::string GetSharpSpelling(unsigned char index) {
-  return std::string(kSharpSpellings[index % kNotesPerOctave]);
+  return std::string(SpellingOf(index, kSharpSpellings));
 }
 
 std::string GetFlatSpelling(unsigned char index) {
-  return std::string(kFlatSpellings[index % kNotesPerOctave]);
+  return std::string(SpellingOf(index, kFlatSpellings));
 }
 
 std::string GetNoteName(unsigned char index) {
@@ -140,23 +170,21 @@ std::string GetNoteName(unsigned char index) {
 Note::Note(const std::string& name) : Note(GetNoteIndex(name)) {}
 
 std::string Note::GetName() const {
-  return NameOf(*this, kSharpSpellings);
+  return ToString(kSharpNames[index_]);
 }
 
 std::string Note::GetEnharmonicName() const {
-  return NameOf(*this, kFlatSpellings);
+  return ToString(kFlatNames[index_]);
 }
 
 int Note::GetOctave() const {
-  return index_ / kNotesPerOctave + kOctaveOffset;
+  return OctaveOfIndex(index_);
 }
 
 std::vector<Note> GetAllMidiNotes() {
-  std::vector<Note> notes;
-  notes.reserve(128);
-  for (unsigned char index = 0; index < 128; ++index) {
-    notes.emplace_back(index);
-  }
+  std::vector<Note> notes(128, Note(0));
+  unsigned char index = 0;
+  for (Note& note : notes) note = Note(index++);
   return notes;
 }
 

@@ -7,7 +7,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "internal/number_text.h"
+#include "internal/hex_digits.h"
 #include "orvo/byte_order.h"
 #include "orvo/strings.h"
 
@@ -33,18 +33,6 @@ constexpr DigitPairs MakeDigitPairs() {
 }
 constexpr DigitPairs kDigitPairs = MakeDigitPairs();
 
-// The value of each digit, and 16 for every other character.
-using DigitValues = std::array<unsigned char, 256>;
-constexpr DigitValues MakeDigitValues() {
-  DigitValues values{};
-  for (std::size_t c = 0; c < values.size(); ++c) {
-    values[c] =
-        static_cast<unsigned char>(internal::DigitValue(static_cast<char>(c)));
-  }
-  return values;
-}
-constexpr DigitValues kDigitValues = MakeDigitValues();
-
 // Takes the text form exactly as it is printed, in either letter case; leaves
 // the bytes alone if the text is anything else.
 bool ReadTextForm(const std::string& text, unsigned char* bytes) {
@@ -52,14 +40,11 @@ bool ReadTextForm(const std::string& text, unsigned char* bytes) {
       text[18] != '-' || text[23] != '-') {
     return false;
   }
-  const auto digit = [&](std::size_t position) {
-    return unsigned{kDigitValues[static_cast<unsigned char>(text[position])]};
-  };
   unsigned char read[16];
   unsigned all_digits = 0;
   for (std::size_t i = 0; i < sizeof read; ++i) {
-    const unsigned high = digit(kDigitOffsets[i]);
-    const unsigned low = digit(kDigitOffsets[i] + 1U);
+    const unsigned high = internal::HexDigitValue(text[kDigitOffsets[i]]);
+    const unsigned low = internal::HexDigitValue(text[kDigitOffsets[i] + 1U]);
     all_digits |= high | low;
     read[i] = static_cast<unsigned char>(high << 4 | low);
   }

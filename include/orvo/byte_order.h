@@ -14,7 +14,7 @@
 /// orvo::HexStringToNumber<std::uint32_t>(" 0x1A ");  // 26
 /// @endcode
 
-#include <cstddef>
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -37,14 +37,23 @@ template <typename T>
 inline T reverse_byte_order_const(const T& value) {
   static_assert(std::is_trivially_copyable<T>::value,
                 "only a plain value is no more than its bytes");
-  unsigned char bytes[sizeof(T)];
-  unsigned char reversed_bytes[sizeof(T)];
-  std::memcpy(bytes, &value, sizeof(T));
-  for (std::size_t i = 0; i < sizeof(T); ++i) {
-    reversed_bytes[i] = bytes[sizeof(T) - 1 - i];
-  }
   T reversed = value;
-  std::memcpy(&reversed, reversed_bytes, sizeof(T));
+  if constexpr (sizeof(T) == sizeof(std::uint16_t)) {
+    std::uint16_t bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    bits = __builtin_bswap16(bits);
+    std::memcpy(&reversed, &bits, sizeof bits);
+  } else if constexpr (sizeof(T) == sizeof(std::uint32_t)) {
+    std::uint32_t bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    bits = __builtin_bswap32(bits);
+    std::memcpy(&reversed, &bits, sizeof bits);
+  } else {
+    unsigned char bytes[sizeof(T)];
+    std::memcpy(bytes, &value, sizeof bytes);
+    std::reverse(bytes, bytes + sizeof bytes);
+    std::memcpy(&reversed, bytes, sizeof bytes);
+  }
   return reversed;
 }
 

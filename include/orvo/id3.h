@@ -65,20 +65,20 @@ class ORVO_EXPORT ExtendedHeader {
   std::uint32_t size_ = 0;
 };
 
-/// The ten bytes in front of a frame.
-class ORVO_EXPORT FrameHeader {
- public:
+/// The ten bytes in front of a frame, exactly as they are stored.
+struct ORVO_EXPORT FrameHeader {
   /// Reads it; bytes that the stream does not hold count as zero.
   explicit FrameHeader(std::istream& stream);
 
   /// Bytes of the frame behind this header.
   std::uint32_t size() const;
 
-  /// The frame's identifier, always four characters, for example "COMM".
+  /// The frame's identifier as text, always four characters.
   std::string id_str() const;
 
- private:
-  unsigned char bytes_[10] = {};
+  char identifier[4] = {};           ///< For example "COMM".
+  unsigned char size_bytes[4] = {};  ///< A plain number, high byte first.
+  unsigned char flags[2] = {};       ///< Not examined.
 };
 
 /// A comment frame.
@@ -109,8 +109,8 @@ class ORVO_EXPORT COMMFrame {
 
   explicit COMMFrame(const FrameHeader& frame_header);
 
-  // What is wrong with the frame, or null.
-  const char* ReadBody_(std::istream& stream);
+  // Reads what follows the header; false for another encoding than 0.
+  bool ReadBody_(std::istream& stream);
 };
 
 /// The text of the first comment in the tag at which the stream stands.
