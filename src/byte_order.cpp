@@ -52,7 +52,9 @@ std::uint64_t hash(const void* data, std::uint64_t size) {
   std::uint64_t sum = 5381;
   for (; size >= 64; size -= 64, next += 64) {
     std::uint64_t eights[8];
-    for (int i = 0; i < 4; ++i) HashTwoEights(next + 16 * i, eights + 2 * i);
+    for (std::size_t i = 0; i < 4; ++i) {
+      HashTwoEights(next + 16 * i, eights + 2 * i);
+    }
     sum = PowerOf33(64) * sum + PowerOf33(56) * eights[0] +
           PowerOf33(48) * eights[1] + PowerOf33(40) * eights[2] +
           PowerOf33(32) * eights[3] + PowerOf33(24) * eights[4] +
@@ -69,18 +71,18 @@ std::uint64_t hash(const void* data, std::uint64_t size) {
 
 template <typename T>
 T HexStringToNumber(const std::string& text) {
-  T value = 0;
   // Nearly every text is digits alone, and no more than the type holds.
   if (text.size() <= 2 * sizeof(T)) {
+    std::uint64_t number = 0;
     unsigned all_digits = 0;
     for (const char c : text) {
       const unsigned digit = internal::HexDigitValue(c);
       all_digits |= digit;
-      value = static_cast<T>(value << 4 | digit);
+      number = number << 4 | digit;
     }
-    if (all_digits < 16) return value;
-    value = 0;
+    if (all_digits < 16) return static_cast<T>(number);
   }
+  T value = 0;
   internal::ReadNumber<16>(strip(std::string_view(text)), value);
   return value;
 }
