@@ -15,7 +15,8 @@ using DigitValues = std::array<unsigned char, 256>;
 constexpr DigitValues MakeDigitValues() {
   DigitValues values{};
   for (std::size_t c = 0; c < values.size(); ++c) {
-    values[c] = static_cast<unsigned char>(DigitValue(static_cast<char>(c)));
+    values[c] =
+        static_cast<unsigned char>(DigitValue<16>(static_cast<char>(c)));
   }
   return values;
 }
