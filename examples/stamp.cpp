@@ -31,8 +31,8 @@ std::string Broken(void (*break_down)(const long&, std::tm*),
   std::tm fields{};
   break_down(time.GetAsTimespec().tv_sec, &fields);
   char text[64];
-  strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S %Z", &fields);
-  return text;
+  return std::string(
+      text, strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S %Z", &fields));
 }
 
 void Print(const char* form, const std::string& text) {

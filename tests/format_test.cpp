@@ -164,7 +164,7 @@ TEST(FastFormatter, TakesUpToItsNumberOfCharacters) {
   EXPECT_EQ(FastFormatter<10>("%09ld", 1234567890L), "1234567890");
   EXPECT_EQ(FastFormatter<10>("%09ld", -500000000L), "-500000000");
   EXPECT_EQ(FastFormatter<3>("%s", "abc"), "abc");
-  EXPECT_EQ(FastFormatter<0>("%s", ""), "");
+  EXPECT_EQ(FastFormatter<1>("%s", ""), "");
   const std::string text(1000, 'x');
   EXPECT_EQ(FastFormatter<1000>("%s", text.c_str()), text);
 }
@@ -179,10 +179,10 @@ TEST(FastFormatter, ThrowsForALongerText) {
       ThrowsMessage<std::logic_error>(
           "formatted length (4) is greater than requested buffer size (3)"));
   EXPECT_THAT(
-      [] { FastFormatter<0>("%100000d", 1); },
+      [] { FastFormatter<1>("%100000d", 1); },
       ThrowsMessage<std::logic_error>(
           "formatted length (100000) is greater than requested buffer size "
-          "(0)"));
+          "(1)"));
 }
 
 TEST(FastFormatter, KeepsNulCharacters) {
