@@ -6,7 +6,8 @@
 
 #ifdef __GLIBC__
 // The XSI function, under the name that glibc gives it whichever variant of
-// strerror_r() its headers declare. NOLINTNEXTLINE(*-reserved-identifier)
+// strerror_r() its headers declare.
+// NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 extern "C" int __xpg_strerror_r(int errnum, char* buffer, std::size_t size);
 #endif
 
@@ -68,6 +69,8 @@ std::string format(const char* fmt, ...) {
   return Expand(fmt, args);
 }
 
+// By value, because no reference can stand before a variable argument list.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 std::string format(std::string fmt, ...) {
   va_list args;
   va_start(args, fmt);
@@ -85,3 +88,14 @@ std::string errmsg(int errnum) {
 }
 
 }  // namespace orvo
+
+template ORVO_EXPORT std::string FastFormatter<10>(const char*, ...);
+template ORVO_EXPORT std::string* Concatenate(std::string*, const char (&)[2]);
+template ORVO_EXPORT std::string* Concatenate(std::string*, std::string&&,
+                                              const char (&)[2]);
+template ORVO_EXPORT std::string* Concatenate(std::string*, std::string&,
+                                              const char (&)[2]);
+template ORVO_EXPORT std::string* Concatenate(std::string*, const char (&)[2],
+                                              std::string&&, const char (&)[2]);
+template ORVO_EXPORT std::string* Concatenate(std::string*, const char (&)[2],
+                                              std::string&, const char (&)[2]);

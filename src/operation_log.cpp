@@ -1,5 +1,7 @@
 #include "orvo/operation_log.h"
 
+#include <utility>
+
 #include "internal/ascii.h"
 #include "orvo/format.h"
 #include "orvo/thread_safe_ostream.h"
@@ -12,9 +14,13 @@ std::string Sentence(std::string text) {
   return text += '.';
 }
 
-void WriteDebugLine(const std::string& text) {
-  CoutBuffer buffer;
-  buffer << "[DEBUG] " << text << endl;
+// What a CoutBuffer does at its end, without a stream to compose the line in.
+// Like there, an exception on the way ends the process.
+void WriteDebugLine(std::string text) noexcept {
+  text.insert(0, "[DEBUG] ");
+  text += '\n';
+  thread_safe_cout << std::move(text);
+  thread_safe_cout.flush();
 }
 
 }  // namespace

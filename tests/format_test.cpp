@@ -16,6 +16,7 @@ namespace {
 using orvo_test::CountAllocations;
 using orvo_test::ScopedFailure;
 using orvo_test::ScopedHook;
+using testing::ThrowsMessage;
 
 // Counts the formatting passes of the library while it lives.
 class PassCounter {
@@ -34,6 +35,7 @@ class PassCounter {
       }};
 };
 
+ORVO_PRINTF_LIKE(3, 4)
 int CallVformat(char* buffer, unsigned long size, const char* fmt, ...) {
   va_list arguments;
   va_start(arguments, fmt);
@@ -150,6 +152,100 @@ TEST(Errmsg, AsksTheReentrantFunctionForUpTo256Bytes) {
 TEST(Errmsg, IsEmptyWhenTheSystemFails) {
   const ScopedFailure failure("__xpg_strerror_r", ERANGE);
   EXPECT_EQ(orvo::errmsg(ENOENT), "");
+}
+
+TEST(FastFormatter, WritesNineDigits) {
+  EXPECT_EQ(FastFormatter<10>("%09ld", 5L), "000000005");
+  EXPECT_EQ(FastFormatter<10>("%09ld", 123456789L), "123456789");
+  EXPECT_EQ(FastFormatter<10>("%09ld", 0L), "000000000");
+}
+
+TEST(FastFormatter, TakesUpToItsNumberOfCharacters) {
+  EXPECT_EQ(FastFormatter<10>("%09ld", 1234567890L), "1234567890");
+  EXPECT_EQ(FastFormatter<10>("%09ld", -500000000L), "-500000000");
+  EXPECT_EQ(FastFormatter<3>("%s", "abc"), "abc");
+  EXPECT_EQ(FastFormatter<0>("%s", ""), "");
+  const std::string text(1000, 'x');
+  EXPECT_EQ(FastFormatter<1000>("%s", text.c_str()), text);
+}
+
+TEST(FastFormatter, ThrowsForALongerText) {
+  EXPECT_THAT(
+      [] { FastFormatter<10>("%09ld", 12345678901L); },
+      ThrowsMessage<std::logic_error>(
+          "formatted length (11) is greater than requested buffer size (10)"));
+  EXPECT_THAT(
+      [] { FastFormatter<3>("%d", -123); },
+      ThrowsMessage<std::logic_error>(
+          "formatted length (4) is greater than requested buffer size (3)"));
+  EXPECT_THAT(
+      [] { FastFormatter<0>("%100000d", 1); },
+      ThrowsMessage<std::logic_error>(
+          "formatted length (100000) is greater than requested buffer size "
+          "(0)"));
+}
+
+TEST(FastFormatter, KeepsNulCharacters) {
+  EXPECT_EQ(FastFormatter<10>("a%cb", 0), std::string("a\0b", 3));
+}
+
+TEST(FastFormatter, ReturnsTheReasonWhenFormattingFails) {
+  const ScopedFailure failure("vsnprintf", EOVERFLOW);
+  EXPECT_EQ(FastFormatter<10>("%d", 1),
+            "Formatting error: Value too large for defined data type");
+  EXPECT_EQ(FastFormatter<100>("%d", 1),
+            "Formatting error: Value too large for defined data type");
+}
+
+TEST(FastFormatter, CannotWriteWideCharactersOutsideTheLocale) {
+  const wchar_t text[] = {0x20AC, 0};
+  EXPECT_EQ(FastFormatter<10>("%ls", text),
+            "Formatting error: Invalid or incomplete multibyte or wide "
+            "character");
+}
+
+TEST(FastFormatter, NeedsNoMemoryForTenCharacters) {
+  const long before = CountAllocations();
+  const std::string text = FastFormatter<10>("%09ld", 123456789L);
+  EXPECT_EQ(CountAllocations() - before, 0);
+}
+
+TEST(Concatenate, AppendsToWhatTheTargetHolds) {
+  std::string target = "abc";
+  const std::string piece = "def";
+  EXPECT_EQ(Concatenate(&target, ".", piece, "Z"), &target);
+  EXPECT_EQ(target, "abc.defZ");
+}
+
+TEST(Concatenate, TakesTemporariesAndVariables) {
+  std::string target;
+  std::string variable = "b";
+  Concatenate(&target, ".", std::string("a"), "Z");
+  Concatenate(&target, ".", variable, "Z");
+  Concatenate(&target, variable, "1");
+  Concatenate(&target, std::string("c"), "2");
+  Concatenate(&target, "3");
+  EXPECT_EQ(target, ".aZ.bZb1c23");
+  EXPECT_EQ(variable, "b");
+}
+
+TEST(Concatenate, TakesAnyNumberOfPiecesOfAnyLength) {
+  std::string target;
+  const std::string long_piece(1000, 'x');
+  Concatenate(&target, "", "one", std::string(), "two, ", long_piece, "", "!");
+  EXPECT_EQ(target, "onetwo, " + long_piece + "!");
+}
+
+TEST(Concatenate, KeepsNulCharactersOfStrings) {
+  std::string target;
+  Concatenate(&target, std::string("a\0b", 3), "c");
+  EXPECT_EQ(target, std::string("a\0bc", 4));
+}
+
+TEST(Concatenate, AppendsTheTargetToItselfPieceByPiece) {
+  std::string target = "ab";
+  Concatenate(&target, target, "-", target);
+  EXPECT_EQ(target, "abab-abab-");
 }
 
 }  // namespace

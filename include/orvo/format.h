@@ -2,7 +2,8 @@
 #define ORVO_FORMAT_H_
 
 /// @file
-/// printf-style text in strings, and the text of an errno value.
+/// printf-style text in strings, the text of an errno value, and strings from
+/// pieces.
 ///
 /// @code
 /// throw orvo::LockError(orvo::format("lock %s failed with error %d", name,
@@ -11,8 +12,13 @@
 ///
 /// Every function here may be called from any thread at once.
 
+#include <cerrno>
 #include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "orvo/export.h"
 
@@ -55,5 +61,66 @@ ORVO_EXPORT std::string format(std::string fmt, ...);
 ORVO_EXPORT std::string errmsg(int errnum);
 
 }  // namespace orvo
+
+/// printf-style text of at most @p N characters; where these fit into a
+/// std::string without memory of their own, so does the result.
+///
+/// @code
+/// FastFormatter<10>("%09ld", 5L);  // "000000005"
+/// @endcode
+///
+/// @return  The text. If the format cannot be carried out, "Formatting error: "
+///          and the system's reason, however long that is.
+/// @throws std::logic_error  The text is longer than @p N.
+template <unsigned long N>
+ORVO_PRINTF_LIKE(1, 2)
+ORVO_EXPORT std::string FastFormatter(const char* format, ...) {
+  std::string text(N, '\0');
+  va_list args;
+  va_start(args, format);
+  // The NUL goes where the string has its own.
+  const int length = vsnprintf(text.data(), N + 1, format, args);
+  va_end(args);
+
+  if (length < 0) return std::string("Formatting error: ") + strerror(errno);
+  const auto size = static_cast<std::string::size_type>(length);
+  if (size > N) {
+    throw std::logic_error("formatted length (" + std::to_string(size) +
+                           ") is greater than requested buffer size (" +
+                           std::to_string(N) + ")");
+  }
+  text.erase(size);
+  return text;
+}
+
+/// Appends pieces to a string, from left to right and with nothing in between.
+///
+/// @code
+/// std::string name = "run";
+/// Concatenate(&name, "-", std::to_string(7), ".log");  // name: "run-7.log"
+/// @endcode
+///
+/// @param target  Keeps what it holds.
+/// @param pieces  Strings, string literals or single characters.
+/// @return        @p target.
+template <typename... Pieces>
+ORVO_EXPORT inline std::string* Concatenate(std::string* target,
+                                            Pieces&&... pieces) {
+  (*target += ... += std::forward<Pieces>(pieces));
+  return target;
+}
+
+/// @cond
+extern template std::string FastFormatter<10>(const char*, ...);
+extern template std::string* Concatenate(std::string*, const char (&)[2]);
+extern template std::string* Concatenate(std::string*, std::string&&,
+                                         const char (&)[2]);
+extern template std::string* Concatenate(std::string*, std::string&,
+                                         const char (&)[2]);
+extern template std::string* Concatenate(std::string*, const char (&)[2],
+                                         std::string&&, const char (&)[2]);
+extern template std::string* Concatenate(std::string*, const char (&)[2],
+                                         std::string&, const char (&)[2]);
+/// @endcond
 
 #endif  // ORVO_FORMAT_H_

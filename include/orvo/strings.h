@@ -17,6 +17,7 @@
 /// from any thread at once.
 
 #include <cstddef>
+#include <cstring>
 #include <deque>
 #include <initializer_list>
 #include <iterator>
@@ -41,6 +42,14 @@ using RequireTexts_ = std::enable_if_t<std::is_convertible_v<
 
 template <typename Type, typename... Types>
 inline constexpr bool is_one_of_ = (std::is_same_v<Type, Types> || ...);
+
+using StringIterator_ = std::vector<std::string>::iterator;
+using ConstStringIterator_ = std::vector<std::string>::const_iterator;
+
+template <typename Iterator>
+inline constexpr bool is_array_of_strings_ =
+    is_one_of_<Iterator, std::string*, const std::string*, StringIterator_,
+               ConstStringIterator_>;
 
 // The types that a stream reads as integers; it takes a char for a character.
 template <typename Number>
@@ -71,7 +80,12 @@ ORVO_EXPORT std::string to_lower(const std::string& text);
 ORVO_EXPORT std::string to_upper(const std::string& text);
 
 /// Whether the text ends with @p suffix; every text ends with the empty one.
-ORVO_EXPORT bool endswith(const std::string& text, const std::string& suffix);
+ORVO_EXPORT_INLINE inline bool endswith(const std::string& text,
+                                        const std::string& suffix) {
+  const std::size_t size = suffix.size();
+  return text.size() >= size && std::memcmp(text.data() + text.size() - size,
+                                            suffix.data(), size) == 0;
+}
 
 /// Whether there are only digits; true for the empty text.
 ORVO_EXPORT bool StringIsDigits(std::string& text);
@@ -96,19 +110,17 @@ ORVO_EXPORT bool StringIsInteger(const std::string& text);
 ORVO_EXPORT bool StringIsFloat(const std::string& text);
 
 /// @cond
-// Reads the integer at the front of a text; untouched if the text is blank.
+// The two forms of StringToNumber() without a stream.
+template <typename Integer>
+bool ReadCheckedInteger_(const std::string& text, Integer& value);
 template <typename Integer>
 void ReadInteger_(const std::string& text, Integer& value);
 
-template <typename Number>
-void ReadNumber_(const std::string& text, Number& value) {
-  if constexpr (is_integer_text_<Number>) {
-    ReadInteger_(text, value);
-  } else {
-    std::stringstream stream(strip(text));
-    stream.imbue(std::locale::classic());
-    stream >> value;
-  }
+template <typename Value>
+void ReadFromStream_(const std::string& text, Value& value) {
+  std::stringstream stream(strip(text));
+  stream.imbue(std::locale::classic());
+  stream >> value;
 }
 /// @endcond
 
@@ -128,10 +140,14 @@ void ReadNumber_(const std::string& text, Number& value) {
 ///               blank text and a lone sign or point have it.
 template <typename Number>
 bool StringToNumber(const std::string& text, Number& value) {
-  // A text without a point is a float exactly if it is an integer.
-  if (!StringIsFloat(text)) return false;
-  ReadNumber_(text, value);
-  return true;
+  if constexpr (is_integer_text_<Number>) {
+    return ReadCheckedInteger_(text, value);
+  } else {
+    // A text without a point is a float exactly if it is an integer.
+    if (!StringIsFloat(text)) return false;
+    ReadFromStream_(text, value);
+    return true;
+  }
 }
 
 /// The number at the front of a text, read as a stream reads it; nothing is
@@ -141,7 +157,11 @@ bool StringToNumber(const std::string& text, Number& value) {
 template <typename Number>
 Number StringToNumber(const std::string& text) {
   Number value{};
-  ReadNumber_(text, value);
+  if constexpr (is_integer_text_<Number>) {
+    ReadInteger_(text, value);
+  } else {
+    ReadFromStream_(text, value);
+  }
   return value;
 }
 
@@ -176,7 +196,7 @@ std::vector<std::string> SplitString(const std::string& text,
   }
   std::vector<std::string> parts;
   std::size_t start = 0;
-  for (int cuts = 0; cuts != maxsplit; ++cuts) {
+  while (maxsplit < 0 || parts.size() < static_cast<std::size_t>(maxsplit)) {
     const std::size_t end = text.find(separator, start);
     if (end == std::string::npos) break;
     parts.emplace_back(text, start, end - start);
@@ -186,6 +206,13 @@ std::vector<std::string> SplitString(const std::string& text,
   return parts;
 }
 
+/// @cond
+template <>
+ORVO_EXPORT std::vector<std::string> SplitString(const std::string& text,
+                                                 const char& separator,
+                                                 int maxsplit);
+/// @endcond
+
 /// The items with @p separator between them.
 ///
 /// @code
@@ -194,27 +221,37 @@ std::vector<std::string> SplitString(const std::string& text,
 ORVO_EXPORT std::string JoinString(const std::vector<std::string>& items,
                                    const std::string& separator);
 
+/// @cond
+ORVO_EXPORT std::string JoinArray_(const std::string* items, std::size_t count,
+                                   std::string_view separator);
+/// @endcond
+
 /// The texts of a range with @p separator between them. The range is walked
 /// twice: first for the size of the result, which is allocated once.
 template <typename Iterator, typename Separator,
           typename = RequireTexts_<Iterator>>
 std::string JoinString(Iterator first, Iterator last,
                        const Separator& separator) {
-  std::string joined;
-  if (first == last) return joined;
-
-  std::size_t size = 0;
-  for (Iterator item = first; item != last; ++item) {
-    size += std::string_view(*item).size() + GetTokenSize_(separator);
-  }
-  joined.reserve(size - GetTokenSize_(separator));
-
-  joined += std::string_view(*first);
-  while (++first != last) {
-    joined += separator;
+  if (first == last) return std::string();
+  if constexpr (is_array_of_strings_<Iterator> &&
+                std::is_same_v<Separator, char>) {
+    return JoinArray_(&*first, static_cast<std::size_t>(last - first),
+                      std::string_view(&separator, 1));
+  } else {
+    const std::size_t separator_size = GetTokenSize_(separator);
+    std::size_t size = 0;
+    for (Iterator item = first; item != last; ++item) {
+      size += std::string_view(*item).size() + separator_size;
+    }
+    std::string joined;
+    joined.reserve(size - separator_size);
     joined += std::string_view(*first);
+    while (++first != last) {
+      joined += separator;
+      joined += std::string_view(*first);
+    }
+    return joined;
   }
-  return joined;
 }
 
 /// @cond
@@ -311,13 +348,9 @@ ORVO_EXPORT std::string format_paragraph(std::string text, int indent,
                                          int width);
 
 /// @cond
-using StringIterator_ = std::vector<std::string>::iterator;
-using ConstStringIterator_ = std::vector<std::string>::const_iterator;
 extern template std::string strip(const std::string&);
 extern template bool StringToNumber(const std::string&, int&);
 extern template int StringToNumber(const std::string&);
-extern template std::vector<std::string> SplitString(const std::string&,
-                                                     const char&, int);
 extern template std::string JoinString(const std::string*, const std::string*,
                                        const char&);
 extern template std::string JoinString(StringIterator_, StringIterator_,

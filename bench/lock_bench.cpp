@@ -1,0 +1,139 @@
+// Plain locks beside the bare POSIX mutex and the standard library's.
+#include <benchmark/benchmark.h>
+#include <pthread.h>
+
+#include <chrono>
+#include <ctime>
+#include <mutex>
+#include <thread>
+
+#include "orvo/lock.h"
+
+namespace {
+
+// A bare mutex with the interface of a lock.
+template <int type>
+class PosixMutex {
+ public:
+  PosixMutex() {
+    pthread_mutexattr_t attributes;
+    pthread_mutexattr_init(&attributes);
+    pthread_mutexattr_settype(&attributes, type);
+    pthread_mutex_init(&mutex_, &attributes);
+    pthread_mutexattr_destroy(&attributes);
+  }
+  ~PosixMutex() { pthread_mutex_destroy(&mutex_); }
+
+  void lock() { pthread_mutex_lock(&mutex_); }
+  void unlock() { pthread_mutex_unlock(&mutex_); }
+  bool try_lock() { return pthread_mutex_trylock(&mutex_) == 0; }
+
+ private:
+  pthread_mutex_t mutex_;
+};
+
+struct NamedLock : orvo::Lock {
+  NamedLock() : Lock("bench") {}
+};
+struct NamedRLock : orvo::RLock {
+  NamedRLock() : RLock("bench") {}
+};
+using PlainMutex = PosixMutex<PTHREAD_MUTEX_DEFAULT>;
+using RecursiveMutex = PosixMutex<PTHREAD_MUTEX_RECURSIVE>;
+
+// One lock for all threads of a benchmark.
+template <typename Lock>
+Lock& Shared() {
+  static Lock lock;
+  return lock;
+}
+
+template <typename Lock>
+void LockPair(benchmark::State& state) {
+  Lock& lock = Shared<Lock>();
+  for (auto _ : state) {
+    lock.lock();
+    benchmark::ClobberMemory();
+    lock.unlock();
+  }
+}
+BENCHMARK_TEMPLATE(LockPair, NamedLock)->Name("lock/plain/orvo");
+BENCHMARK_TEMPLATE(LockPair, std::mutex)->Name("lock/plain/std");
+BENCHMARK_TEMPLATE(LockPair, PlainMutex)->Name("lock/plain/limit");
+BENCHMARK_TEMPLATE(LockPair, NamedLock)
+    ->Name("lock/plain_contended/orvo")
+    ->Threads(2);
+BENCHMARK_TEMPLATE(LockPair, std::mutex)
+    ->Name("lock/plain_contended/std")
+    ->Threads(2);
+BENCHMARK_TEMPLATE(LockPair, PlainMutex)
+    ->Name("lock/plain_contended/limit")
+    ->Threads(2);
+BENCHMARK_TEMPLATE(LockPair, NamedRLock)->Name("lock/recursive/orvo");
+BENCHMARK_TEMPLATE(LockPair, std::recursive_mutex)->Name("lock/recursive/std");
+BENCHMARK_TEMPLATE(LockPair, RecursiveMutex)->Name("lock/recursive/limit");
+
+template <typename Lock>
+void TryFree(benchmark::State& state) {
+  Lock& lock = Shared<Lock>();
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(lock.try_lock());
+    lock.unlock();
+  }
+}
+BENCHMARK_TEMPLATE(TryFree, NamedLock)->Name("lock/try_free/orvo");
+BENCHMARK_TEMPLATE(TryFree, std::mutex)->Name("lock/try_free/std");
+BENCHMARK_TEMPLATE(TryFree, PlainMutex)->Name("lock/try_free/limit");
+
+template <typename Lock>
+void TryHeld(benchmark::State& state) {
+  Lock& lock = Shared<Lock>();
+  lock.lock();
+  for (auto _ : state) benchmark::DoNotOptimize(lock.try_lock());
+  lock.unlock();
+}
+BENCHMARK_TEMPLATE(TryHeld, NamedLock)->Name("lock/try_held/orvo");
+BENCHMARK_TEMPLATE(TryHeld, PlainMutex)->Name("lock/try_held/limit");
+
+void TimedFree(benchmark::State& state) {
+  orvo::Lock& lock = Shared<NamedLock>();
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(lock.TimedLock(1.0));
+    lock.unlock();
+  }
+}
+BENCHMARK(TimedFree)->Name("lock/timed_free/orvo");
+
+void TimedFreeStd(benchmark::State& state) {
+  std::timed_mutex& mutex = Shared<std::timed_mutex>();
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(mutex.try_lock_for(std::chrono::seconds(1)));
+    mutex.unlock();
+  }
+}
+BENCHMARK(TimedFreeStd)->Name("lock/timed_free/std");
+BENCHMARK_TEMPLATE(TryFree, PlainMutex)->Name("lock/timed_free/limit");
+
+void TimedZeroHeld(benchmark::State& state) {
+  orvo::Lock& lock = Shared<NamedLock>();
+  lock.lock();
+  for (auto _ : state) benchmark::DoNotOptimize(lock.TimedLock(0.0));
+  lock.unlock();
+}
+BENCHMARK(TimedZeroHeld)->Name("lock/timed_zero_held/orvo")->UseRealTime();
+
+void TimedZeroHeldLimit(benchmark::State& state) {
+  PlainMutex& mutex = Shared<PlainMutex>();
+  mutex.lock();
+  const timespec request{0, 2000};
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(mutex.try_lock());
+    nanosleep(&request, nullptr);
+  }
+  mutex.unlock();
+}
+BENCHMARK(TimedZeroHeldLimit)
+    ->Name("lock/timed_zero_held/limit")
+    ->UseRealTime();
+
+}  // namespace

@@ -1,0 +1,152 @@
+// Whole messages beside a synchronised stream, spdlog and POCO. The measured
+// output goes to /dev/null and the report to the standard error stream; with
+// the argument "redirected" the stream writes to a file buffer instead.
+#include <Poco/AutoPtr.h>
+#include <Poco/ConsoleChannel.h>
+#include <Poco/Message.h>
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <spdlog/sinks/ostream_sink.h>
+#include <spdlog/spdlog.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <iostream>
+#include <memory>
+#include <mutex>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <syncstream>
+
+#include "orvo/format.h"
+#include "orvo/operation_log.h"
+#include "orvo/thread_safe_ostream.h"
+
+namespace {
+
+void OrvoMessage(const std::string& text, int number) {
+  orvo::CoutBuffer() << text << number << orvo::endl;
+}
+
+void StdMessage(const std::string& text, int number) {
+  std::osyncstream(std::cout) << text << number << std::endl;
+}
+
+void SpdlogMessage(const std::string& text, int number) {
+  static const auto logger = [] {
+    auto made = std::make_shared<spdlog::logger>(
+        "bench",
+        std::make_shared<spdlog::sinks::ostream_sink_mt>(std::cout, true));
+    made->set_pattern("%v");
+    return made;
+  }();
+  logger->info("{}{}", text, number);
+}
+
+void PocoMessage(const std::string& text, int number) {
+  static Poco::AutoPtr<Poco::ConsoleChannel> channel(
+      new Poco::ConsoleChannel(std::cout));
+  channel->log(Poco::Message("", text + std::to_string(number),
+                             Poco::Message::PRIO_INFORMATION));
+}
+
+std::mutex limit_mutex;
+
+// One write and one flush of a finished text, each under the mutex.
+void Write(const std::string& text) {
+  {
+    const std::lock_guard<std::mutex> guard(limit_mutex);
+    std::cout << text;
+  }
+  const std::lock_guard<std::mutex> guard(limit_mutex);
+  std::cout.flush();
+}
+
+void LimitMessage(const std::string& text, int number) {
+  Write(text + std::to_string(number) + "\n");
+}
+
+void OrvoCompose(const std::string& text, int number) {
+  orvo::CoutBuffer buffer;
+  buffer << text << number << orvo::endl;
+  benchmark::DoNotOptimize(buffer.str());
+  buffer.str("");
+}
+
+void StdCompose(const std::string& text, int number) {
+  std::ostringstream stream;
+  stream << text << number << "\n";
+  benchmark::DoNotOptimize(stream.str());
+}
+
+void LimitCompose(const std::string& text, int number) {
+  benchmark::DoNotOptimize(text + std::to_string(number) + "\n");
+}
+
+void OrvoLogAttempt(const std::string& text, int number) {
+  orvo::LogAttempt("src/file.cpp", static_cast<unsigned>(number), text);
+}
+
+void SpdlogLogAttempt(const std::string& text, int number) {
+  static const auto logger = [] {
+    auto made = std::make_shared<spdlog::logger>(
+        "attempt",
+        std::make_shared<spdlog::sinks::ostream_sink_mt>(std::cout, true));
+    made->set_pattern("[DEBUG] %v");
+    return made;
+  }();
+  logger->info("{} line {}: {}.", "src/file.cpp", number, text);
+}
+
+void LimitLogAttempt(const std::string& text, int number) {
+  Write(orvo::format("[DEBUG] %s line %d: %s.\n", "src/file.cpp", number,
+                     text.c_str()));
+}
+
+template <void (*write)(const std::string&, int)>
+void Message(benchmark::State& state) {
+  const std::string text(static_cast<std::size_t>(state.range()), 'x');
+  for (auto _ : state) write(text, 7);
+}
+
+template <void (*write)(const std::string&, int)>
+void Register(const std::string& operation, const std::string& who) {
+  const std::string name = operation + "/" + who;
+  const auto sizes = [](benchmark::internal::Benchmark* made) {
+    for (const int size : {20, 200, 4000}) made->Arg(size);
+  };
+  benchmark::RegisterBenchmark(name.c_str(), Message<write>)->Apply(sizes);
+  benchmark::RegisterBenchmark((name + "_on_2_threads").c_str(), Message<write>)
+      ->Apply(sizes)
+      ->Threads(2);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const bool redirected = argc > 1 && std::string_view(argv[1]) == "redirected";
+  dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDOUT_FILENO);
+  if (redirected) orvo::RedirectCout("/dev/null");
+
+  const std::string family = redirected ? "redirected/" : "output/";
+  Register<OrvoMessage>(family + "message", "orvo");
+  Register<StdMessage>(family + "message", "std");
+  Register<SpdlogMessage>(family + "message", "spdlog");
+  Register<PocoMessage>(family + "message", "poco");
+  Register<LimitMessage>(family + "message", "limit");
+  Register<OrvoLogAttempt>(family + "log_attempt", "orvo");
+  Register<SpdlogLogAttempt>(family + "log_attempt", "spdlog");
+  Register<LimitLogAttempt>(family + "log_attempt", "limit");
+  if (!redirected) {
+    Register<OrvoCompose>(family + "compose", "orvo");
+    Register<StdCompose>(family + "compose", "std");
+    Register<LimitCompose>(family + "compose", "limit");
+  }
+
+  benchmark::Initialize(&argc, argv);
+  benchmark::ConsoleReporter reporter;
+  reporter.SetOutputStream(&std::cerr);
+  reporter.SetErrorStream(&std::cerr);
+  benchmark::RunSpecifiedBenchmarks(&reporter);
+}

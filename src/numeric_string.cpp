@@ -1,0 +1,218 @@
+#include "orvo/numeric_string.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <ostream>
+#include <string_view>
+
+#include "internal/ascii.h"
+#include "internal/number_text.h"
+#include "orvo/strings.h"
+
+namespace orvo {
+namespace {
+
+using internal::IsDigit;
+
+// Negative, 0 or positive, as std::string::compare() answers.
+int Compare(const Chunk& a, const Chunk& b) {
+  if (!a.numeric() || !b.numeric()) return a.text().compare(b.text());
+  return (a.value() > b.value()) - (a.value() < b.value());
+}
+
+// The end of the run of digits or of other characters that begins a text.
+const char* EndOfRun(const char* text, const char* end) {
+  const bool digits = IsDigit(*text);
+  return std::find_if(text + 1, end,
+                      [=](char c) { return IsDigit(c) != digits; });
+}
+
+std::size_t CountRuns(const std::string& text) {
+  if (text.empty()) return 0;
+  std::size_t runs = 1;
+  bool in_number = IsDigit(text[0]);
+  for (const char c : text) {
+    runs += IsDigit(c) != in_number;
+    in_number = IsDigit(c);
+  }
+  return runs;
+}
+
+std::uint64_t LoadWord(const char* bytes) {
+  std::uint64_t word;
+  std::memcpy(&word, bytes, sizeof word);
+  return word;
+}
+
+// How many bytes in memory come before the first difference of two words.
+std::size_t CommonBytes(std::uint64_t a, std::uint64_t b) {
+  constexpr bool kLittleEndian = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
+  const int bits =
+      kLittleEndian ? __builtin_ctzll(a ^ b) : __builtin_clzll(a ^ b);
+  return static_cast<std::size_t>(bits) / 8;
+}
+
+// How many bytes two texts have in common before their first difference.
+inline std::size_t CommonPrefix(const char* a, const char* b,
+                                std::size_t size) {
+  constexpr std::size_t kWord = sizeof(std::uint64_t);
+  std::size_t same = 0;
+  for (; size - same >= kWord; same += kWord) {
+    const std::uint64_t a_word = LoadWord(a + same);
+    const std::uint64_t b_word = LoadWord(b + same);
+    if (a_word != b_word) return same + CommonBytes(a_word, b_word);
+  }
+  while (same < size && a[same] == b[same]) ++same;
+  return same;
+}
+
+// The same at the speed of memcmp().
+std::size_t LongCommonPrefix(const char* a, const char* b, std::size_t size) {
+  constexpr std::size_t kBlock = 512;
+  std::size_t same = 0;
+  while (size - same >= kBlock &&
+         std::memcmp(a + same, b + same, kBlock) == 0) {
+    same += kBlock;
+  }
+  return same + CommonPrefix(a + same, b + same, size - same);
+}
+
+// The rest of a std::string from the beginning of a chunk on, so that a NUL
+// follows, which ends a run of digits.
+struct Rest {
+  const char* text;
+  std::size_t size;
+};
+
+// Where the number begins that goes on or ends at `i`.
+inline std::size_t StartOfNumber(Rest rest, std::size_t i) {
+  while (i > 0 && IsDigit(rest.text[i - 1])) --i;
+  return i;
+}
+
+// Looks at the first difference of two texts, or at their common end: negative
+// if a comes before b, positive if not, 0 if the values of the numbers there
+// have to be compared.
+[[gnu::always_inline]] inline int CompareAtDifference(Rest a, Rest b,
+                                                      std::size_t same) {
+  const bool a_digit = IsDigit(a.text[same]);
+  const bool b_digit = IsDigit(b.text[same]);
+  if (a_digit || b_digit) {
+    const std::size_t start = StartOfNumber(a, same);
+    if (start < same || a_digit == b_digit) {
+      // Two short numbers without leading zeros never tie, and the longer one
+      // is greater.
+      constexpr std::size_t kSafeDigits = 9;
+      std::size_t end = same + (a_digit && b_digit);
+      while (IsDigit(a.text[end]) && IsDigit(b.text[end])) ++end;
+      if (end - start > kSafeDigits || a.text[start] == '0' ||
+          b.text[start] == '0') {
+        return 0;
+      }
+      if (IsDigit(a.text[end])) return 1;
+      if (IsDigit(b.text[end])) return -1;
+      return a.text[same] - b.text[same];
+    }
+  }
+  if (same == b.size) return 1;
+  if (same == a.size) return -1;
+  // A text that ends where a number begins comes before one that goes on.
+  if (same > 0 && a_digit != b_digit) return a_digit ? -1 : 1;
+  return static_cast<unsigned char>(a.text[same]) -
+         static_cast<unsigned char>(b.text[same]);
+}
+
+// Takes a number off the front of a text.
+int TakeNumber(Rest* rest) {
+  std::size_t digits = 0;
+  while (IsDigit(rest->text[digits])) ++digits;
+  int value = 0;
+  internal::ReadNumber<10>(std::string_view(rest->text, digits), value);
+  *rest = {rest->text + digits, rest->size - digits};
+  return value;
+}
+
+// Apart from its caller, whose usual case then needs no stack.
+[[gnu::noinline]] bool ComesBefore(Rest a, Rest b) {
+  for (;;) {
+    const std::size_t same =
+        LongCommonPrefix(a.text, b.text, std::min(a.size, b.size));
+    const int order = CompareAtDifference(a, b, same);
+    if (order != 0) return order < 0;
+
+    const std::size_t start = StartOfNumber(a, same);
+    a = {a.text + start, a.size - start};
+    b = {b.text + start, b.size - start};
+    const int a_value = TakeNumber(&a);
+    const int b_value = TakeNumber(&b);
+    if (a_value != b_value) return a_value < b_value;
+  }
+}
+
+}  // namespace
+
+Chunk::Chunk(const std::string& text, bool numeric)
+    : Chunk(text.data(), text.size(), numeric) {}
+
+Chunk::Chunk(const char* text, std::size_t size, bool numeric)
+    : numeric_(numeric),
+      text_(text, size),
+      value_(numeric ? StringToNumber<int>(text_) : 0) {}
+
+bool Chunk::operator<(const Chunk& other) const {
+  return Compare(*this, other) < 0;
+}
+
+bool Chunk::operator>(const Chunk& other) const {
+  return Compare(*this, other) > 0;
+}
+
+// Most texts are kept elsewhere too. NOLINTNEXTLINE(modernize-pass-by-value)
+NumericString::NumericString(const std::string& text) : text_(text) {
+  chunks_.reserve(CountRuns(text_));
+  const char* const end = text_.data() + text_.size();
+  for (const char* run = text_.data(); run != end;) {
+    const char* const next = EndOfRun(run, end);
+    chunks_.emplace_back(run, static_cast<std::size_t>(next - run),
+                         IsDigit(*run));
+    run = next;
+  }
+}
+
+bool NumericString::operator<(const NumericString& other) const {
+  const std::size_t common = std::min(chunks_.size(), other.chunks_.size());
+  for (std::size_t i = 0; i < common; ++i) {
+    const int order = Compare(chunks_[i], other.chunks_[i]);
+    if (order != 0) return order < 0;
+  }
+  return chunks_.size() < other.chunks_.size();
+}
+
+bool NumericString::operator==(const NumericString& other) const {
+  return text_ == other.text_;
+}
+
+bool NumericStringCompare::ComesBefore_(const std::string& a,
+                                        const std::string& b) {
+  // Most names are short or differ early; only the rest is worth a call.
+  constexpr std::size_t kShort = 32;
+  const Rest left = {a.data(), a.size()};
+  const Rest right = {b.data(), b.size()};
+  const std::size_t size = std::min(left.size, right.size);
+  const std::size_t same =
+      CommonPrefix(left.text, right.text, std::min(size, kShort));
+  if (same < kShort) {
+    const int order = CompareAtDifference(left, right, same);
+    if (order != 0) return order < 0;
+  }
+  return ComesBefore(left, right);
+}
+
+}  // namespace orvo
+
+std::ostream& operator<<(std::ostream& stream,
+                         const orvo::NumericString& text) {
+  return stream << text.text();
+}

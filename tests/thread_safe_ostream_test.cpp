@@ -1,0 +1,495 @@
+#include "orvo/thread_safe_ostream.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <iomanip>
+#include <iostream>
+#include <locale>
+#include <map>
+#include <set>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <type_traits>
+#include <vector>
+
+#include "tests/support/capture.h"
+#include "tests/support/files.h"
+#include "tests/support/interpose/calls.h"
+
+namespace {
+
+using orvo::CoutBuffer;
+using orvo::OutBuffer;
+using orvo::ThreadSafeOStream;
+using orvo_test::ReadFile;
+using orvo_test::StdoutCapture;
+using orvo_test::StdoutRedirection;
+using orvo_test::TemporaryFolder;
+using testing::ElementsAre;
+
+// A stream buffer that notes each write and each flush.
+class RecordingStreambuf : public std::streambuf {
+ public:
+  std::vector<std::string> calls;
+
+ protected:
+  std::streamsize xsputn(const char* text, std::streamsize size) override {
+    calls.emplace_back(text, static_cast<std::size_t>(size));
+    return size;
+  }
+  int sync() override {
+    calls.emplace_back("(flush)");
+    return 0;
+  }
+};
+
+// What a buffer hands over to.
+struct RecordingReceiver {
+  std::vector<std::string> calls;
+
+  RecordingReceiver& operator<<(const std::string& text) {
+    calls.push_back(text);
+    return *this;
+  }
+  void flush() { calls.emplace_back("(flush)"); }
+};
+
+TEST(ThreadSafeOStream, InsertsValuesIntoItsTarget) {
+  std::ostringstream target;
+  ThreadSafeOStream stream(target);
+  EXPECT_EQ(&(stream << std::string("text") << 7 << 'c'), &stream);
+  EXPECT_EQ(target.str(), "text7c");
+}
+
+TEST(ThreadSafeOStream, FlushesItsTarget) {
+  RecordingStreambuf buffer;
+  std::ostream target(&buffer);
+  ThreadSafeOStream stream(target);
+  EXPECT_EQ(&stream.flush(), &stream);
+  EXPECT_THAT(buffer.calls, ElementsAre("(flush)"));
+}
+
+TEST(ThreadSafeOStream, NeitherCopiesNorMoves) {
+  static_assert(!std::is_copy_constructible_v<ThreadSafeOStream>);
+  static_assert(!std::is_move_constructible_v<ThreadSafeOStream>);
+  static_assert(!std::is_copy_assignable_v<ThreadSafeOStream>);
+  static_assert(!std::is_move_assignable_v<ThreadSafeOStream>);
+  static_assert(std::has_virtual_destructor_v<ThreadSafeOStream>);
+}
+
+TEST(ThreadSafeOStream, TakesItsMutexOnceForEachWriteAndFlush) {
+  RecordingStreambuf buffer;
+  std::ostream target(&buffer);
+  ThreadSafeOStream stream(target);
+  std::vector<std::string>& calls = buffer.calls;
+  const orvo_test::ScopedHook lock(
+      orvo_test::pthread_mutex_lock_calls, [&](pthread_mutex_t* mutex) {
+        calls.emplace_back("(lock)");
+        return orvo_test::pthread_mutex_lock_calls.Real(mutex);
+      });
+  const orvo_test::ScopedHook unlock(
+      orvo_test::pthread_mutex_unlock_calls, [&](pthread_mutex_t* mutex) {
+        calls.emplace_back("(unlock)");
+        return orvo_test::pthread_mutex_unlock_calls.Real(mutex);
+      });
+  {
+    OutBuffer<ThreadSafeOStream> message(stream);
+    message << "text" << 7;
+    EXPECT_THAT(calls, testing::IsEmpty());
+  }
+  EXPECT_THAT(calls, ElementsAre("(lock)", "text7", "(unlock)", "(lock)",
+                                 "(flush)", "(unlock)"));
+}
+
+TEST(ThreadSafeOStream, RedirectsItsTargetToATruncatedFile) {
+  const TemporaryFolder folder;
+  const std::string path = folder / "log";
+  orvo_test::WriteFile(path, "old content");
+  std::ostringstream target;
+  {
+    ThreadSafeOStream stream(target);
+    stream << std::string("direct ");
+    stream.redirect(path);
+    stream << std::string("through ");
+    target << "plainly";
+    EXPECT_EQ(target.str(), "direct ");
+  }
+  EXPECT_EQ(ReadFile(path), "through plainly");
+}
+
+TEST(ThreadSafeOStream, GivesItsTargetTheBufferBack) {
+  const TemporaryFolder folder;
+  RecordingStreambuf buffer;
+  std::ostream target(&buffer);
+  {
+    ThreadSafeOStream stream(target);
+    stream.redirect(folder / "log");
+    EXPECT_NE(target.rdbuf(), &buffer);
+  }
+  EXPECT_EQ(target.rdbuf(), &buffer);
+}
+
+TEST(ThreadSafeOStream, LeavesItsTargetAloneIfNeverRedirected) {
+  RecordingStreambuf buffer;
+  RecordingStreambuf other;
+  std::ostream target(&buffer);
+  {
+    const ThreadSafeOStream stream(target);
+    target.rdbuf(&other);
+    target.setstate(std::ios_base::failbit);
+  }
+  EXPECT_EQ(target.rdbuf(), &other);
+  EXPECT_TRUE(target.fail());
+}
+
+TEST(ThreadSafeOStream, ClearsTheStateOfItsTargetWhenRedirected) {
+  const TemporaryFolder folder;
+  std::ostringstream target;
+  target.setstate(std::ios_base::failbit);
+  ThreadSafeOStream stream(target);
+  stream.redirect(folder / "log");
+  EXPECT_TRUE(target.good());
+}
+
+TEST(ThreadSafeOStream, LosesOutputWhenTheFileCannotBeOpened) {
+  const TemporaryFolder folder;
+  std::ostringstream target;
+  {
+    ThreadSafeOStream stream(target);
+    stream.redirect(folder / "missing/log");
+    EXPECT_TRUE(target.good());
+    stream << std::string("lost");
+    EXPECT_TRUE(target.bad());
+  }
+  EXPECT_TRUE(target.good());
+  EXPECT_EQ(target.str(), "");
+}
+
+TEST(ThreadSafeOStream, KeepsTheFirstFileWhenRedirectedAgain) {
+  const TemporaryFolder folder;
+  std::ostringstream target;
+  std::streambuf* const own_buffer = target.rdbuf();
+  {
+    ThreadSafeOStream stream(target);
+    stream.redirect(folder / "first");
+    stream.redirect(folder / "second");
+    stream << std::string("text");
+  }
+  EXPECT_EQ(ReadFile(folder / "first"), "text");
+  EXPECT_EQ(ReadFile(folder / "second"), "");
+  // The target does not get its own buffer back.
+  std::ostream& base = target;
+  EXPECT_NE(base.rdbuf(), own_buffer);
+  base.rdbuf(own_buffer);
+}
+
+TEST(OutBuffer, HandsItsWholeTextOverAndFlushes) {
+  RecordingReceiver receiver;
+  {
+    OutBuffer<RecordingReceiver> buffer(receiver);
+    buffer << "text " << 7 << std::string(" more");
+    EXPECT_THAT(receiver.calls, testing::IsEmpty());
+  }
+  EXPECT_THAT(receiver.calls, ElementsAre("text 7 more", "(flush)"));
+}
+
+TEST(OutBuffer, HandsOverEverythingAgainWhenCommittedTwice) {
+  RecordingReceiver receiver;
+  {
+    OutBuffer<RecordingReceiver> buffer(receiver);
+    buffer << "one";
+    buffer.commit();
+    buffer << "two";
+  }
+  EXPECT_THAT(receiver.calls, ElementsAre("one", "onetwo", "(flush)"));
+}
+
+TEST(OutBuffer, CommitsWhenFlushed) {
+  RecordingReceiver receiver;
+  OutBuffer<RecordingReceiver> buffer(receiver);
+  buffer << "one";
+  EXPECT_EQ(&buffer.flush(), &buffer);
+  EXPECT_THAT(receiver.calls, ElementsAre("one", "(flush)"));
+}
+
+TEST(OutBuffer, IsGoodAgainAfterACommit) {
+  RecordingReceiver receiver;
+  OutBuffer<RecordingReceiver> buffer(receiver);
+  buffer << "one" << static_cast<const char*>(nullptr);
+  EXPECT_FALSE(buffer.good());
+  buffer.commit();
+  EXPECT_TRUE(buffer.good());
+  buffer << "two";
+  EXPECT_EQ(buffer.str(), "onetwo");
+}
+
+TEST(OutBuffer, HandsOverNothingAsAnEmptyText) {
+  RecordingReceiver receiver;
+  { const OutBuffer<RecordingReceiver> buffer(receiver); }
+  EXPECT_THAT(receiver.calls, ElementsAre("", "(flush)"));
+}
+
+TEST(OutBuffer, TakesEveryStandardInsertion) {
+  RecordingReceiver receiver;
+  OutBuffer<RecordingReceiver> buffer(receiver);
+  const std::string text("s");
+  char array[] = "array";
+  buffer << std::hex << 255 << std::dec << std::setw(4) << 7 << ' ' << true
+         << 2.5 << text << array << std::string_view("view") << std::endl;
+  EXPECT_EQ(buffer.str(), "ff   7 12.5sarrayview\n");
+}
+
+TEST(OutBuffer, IsAnOutputStringStream) {
+  static_assert(
+      std::is_base_of_v<std::ostringstream, OutBuffer<ThreadSafeOStream>>);
+  RecordingReceiver receiver;
+  OutBuffer<RecordingReceiver> buffer(receiver);
+  std::ostringstream& stream = buffer;
+  stream << "text";
+  EXPECT_EQ(buffer.str(), "text");
+}
+
+TEST(OutBuffer, TakesInsertionsWhileTemporary) {
+  RecordingReceiver receiver;
+  OutBuffer<RecordingReceiver>(receiver) << "text" << 7;
+  EXPECT_THAT(receiver.calls, ElementsAre("text7", "(flush)"));
+}
+
+// A receiver whose flush fails.
+struct ThrowingReceiver {
+  ThrowingReceiver& operator<<(const std::string&) { return *this; }
+  [[noreturn]] void flush() { throw std::runtime_error("no flush"); }
+};
+
+TEST(OutBufferDeathTest, EndsTheProcessWhenItsDestructorFails) {
+  ThrowingReceiver receiver;
+  EXPECT_EXIT(OutBuffer<ThrowingReceiver>{receiver},
+              testing::KilledBySignal(SIGABRT), "terminate called");
+}
+
+TEST(CoutBuffer, WritesItsMessageWhenItGoes) {
+  const StdoutCapture capture;
+  {
+    CoutBuffer buffer;
+    buffer << "text " << 7 << orvo::endl;
+    EXPECT_EQ(capture.Text(), "");
+  }
+  EXPECT_EQ(capture.Text(), "text 7\n");
+}
+
+TEST(CoutBuffer, TakesInsertionsWhileTemporary) {
+  const StdoutCapture capture;
+  const std::string text("s");
+  CoutBuffer() << "text" << 7 << orvo::endl;
+  CoutBuffer() << 7 << "text";
+  CoutBuffer() << orvo::endl;
+  CoutBuffer() << text << std::string("t") << 'c' << 2.5 << orvo::endl;
+  EXPECT_EQ(capture.Text(), "text7\n7text\nstc2.5\n");
+}
+
+TEST(CoutBuffer, KeepsItsTypeInChains) {
+  const StdoutCapture capture;
+  CoutBuffer buffer;
+  static_assert(std::is_same_v<decltype(buffer << "text"), CoutBuffer&>);
+  static_assert(std::is_same_v<decltype(buffer << 7), CoutBuffer&>);
+  static_assert(std::is_same_v<decltype(buffer << orvo::endl), CoutBuffer&>);
+  static_assert(
+      std::is_same_v<decltype(buffer << std::string("s")), CoutBuffer&>);
+  static_assert(sizeof(CoutBuffer) == sizeof(OutBuffer<ThreadSafeOStream>));
+}
+
+TEST(CoutBuffer, EndsALineWithOneLineFeedOnly) {
+  const StdoutCapture capture;
+  CoutBuffer buffer;
+  buffer << "a" << orvo::endl << orvo::endl << "b" << std::endl;
+  EXPECT_EQ(buffer.str(), "a\n\nb\n");
+  EXPECT_EQ(capture.Text(), "");
+}
+
+TEST(CoutBuffer, AddsNoLineEndOfItsOwn) {
+  const StdoutCapture capture;
+  CoutBuffer() << "no end";
+  EXPECT_EQ(capture.Text(), "no end");
+}
+
+TEST(CoutBuffer, WritesNothingVisibleWhenEmptyButFlushes) {
+  RecordingStreambuf recorder;
+  std::streambuf* const saved = std::cout.rdbuf(&recorder);
+  { const CoutBuffer buffer; }
+  std::cout.rdbuf(saved);
+  std::string written;
+  for (const std::string& call : recorder.calls) written += call;
+  EXPECT_EQ(written, "(flush)");
+}
+
+TEST(CoutBuffer, ReachesTheOutputInOnePiece) {
+  RecordingStreambuf recorder;
+  std::streambuf* const saved = std::cout.rdbuf(&recorder);
+  CoutBuffer() << "a" << 1 << std::string("b") << orvo::endl;
+  std::cout.rdbuf(saved);
+  EXPECT_THAT(recorder.calls, ElementsAre("a1b\n", "(flush)"));
+}
+
+TEST(CoutBuffer, WritesCommittedTextAgainAtItsEnd) {
+  const StdoutCapture capture;
+  {
+    CoutBuffer buffer;
+    buffer << "one" << orvo::endl;
+    buffer.commit();
+    buffer << "two" << orvo::endl;
+  }
+  EXPECT_EQ(capture.Text(), "one\none\ntwo\n");
+}
+
+TEST(CoutBuffer, PrintsNumbersAlikeInEveryLocale) {
+  class Grouping : public std::numpunct<char> {
+    char do_thousands_sep() const override { return '.'; }
+    char do_decimal_point() const override { return ','; }
+    std::string do_grouping() const override { return "\3"; }
+  };
+  const std::locale saved =
+      std::locale::global(std::locale(std::locale(), new Grouping));
+  const StdoutCapture capture;
+  CoutBuffer() << 12345678 << ' ' << 0.5;
+  std::locale::global(saved);
+  EXPECT_EQ(capture.Text(), "12345678 0.5");
+}
+
+TEST(CoutBuffer, LosesOnlyWhatAFullDeviceDoesNotTake) {
+  const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
+  {
+    const StdoutRedirection redirection(full);
+    CoutBuffer() << "lost" << orvo::endl;
+    EXPECT_TRUE(std::cout.bad());
+    CoutBuffer() << "lost as well" << orvo::endl;
+  }
+  close(full);
+  std::cout.clear();
+  const StdoutCapture capture;
+  CoutBuffer() << "kept" << orvo::endl;
+  EXPECT_TRUE(std::cout.good());
+  EXPECT_EQ(capture.Text(), "kept\n");
+}
+
+TEST(CoutBuffer, LosesOnlyWhatAClosedDescriptorDoesNotTake) {
+  {
+    const StdoutRedirection redirection(STDERR_FILENO);
+    close(STDOUT_FILENO);
+    CoutBuffer() << "lost" << orvo::endl;
+    EXPECT_TRUE(std::cout.bad());
+  }
+  std::cout.clear();
+  const StdoutCapture capture;
+  CoutBuffer() << "kept" << orvo::endl;
+  EXPECT_EQ(capture.Text(), "kept\n");
+}
+
+TEST(TagConstants, TakeOneByteEach) {
+  EXPECT_EQ(sizeof orvo::endl, 1U);
+  EXPECT_EQ(sizeof orvo::flush, 1U);
+  EXPECT_EQ(sizeof orvo::rollback, 1U);
+  static_assert(std::is_same_v<decltype(orvo::endl), const orvo::EndlT>);
+}
+
+// Checks that a text consists of the lines "thread T message M", each once and
+// those of one thread in order.
+void ExpectWholeLines(const std::string& text, int threads, int messages) {
+  std::istringstream lines(text);
+  std::map<int, int> next;
+  std::string line;
+  int count = 0;
+  for (; std::getline(lines, line); ++count) {
+    int thread = -1;
+    int message = -1;
+    int size = 0;
+    ASSERT_EQ(std::sscanf(line.c_str(), "thread %d message %d%n", &thread,
+                          &message, &size),
+              2)
+        << line;
+    ASSERT_EQ(static_cast<std::size_t>(size), line.size()) << line;
+    ASSERT_EQ(message, next[thread]++) << line;
+  }
+  EXPECT_EQ(count, threads * messages);
+  EXPECT_EQ(next.size(), static_cast<std::size_t>(threads));
+}
+
+constexpr int kThreads = 16;
+constexpr int kMessages = 10000;
+
+void WriteFromManyThreads() {
+  std::vector<std::thread> threads;
+  for (int i = 0; i < kThreads; ++i) {
+    threads.emplace_back([i] {
+      for (int j = 0; j < kMessages; ++j) {
+        CoutBuffer() << "thread " << i << " message " << j << orvo::endl;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
+TEST(CoutBuffer, KeepsLinesOfManyThreadsWholeInAPipe) {
+  int ends[2];
+  ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+  std::string text;
+  std::thread reader([&] {
+    char part[4096];
+    ssize_t size = 0;
+    while ((size = read(ends[0], part, sizeof part)) > 0) {
+      text.append(part, static_cast<std::size_t>(size));
+    }
+  });
+  {
+    const StdoutRedirection redirection(ends[1]);
+    close(ends[1]);
+    WriteFromManyThreads();
+  }
+  reader.join();
+  close(ends[0]);
+  ExpectWholeLines(text, kThreads, kMessages);
+}
+
+TEST(RedirectCout, KeepsLinesOfManyThreadsWholeInTheFile) {
+  const TemporaryFolder folder;
+  const std::string path = folder / "log";
+  const orvo_test::ProgramResult result = orvo_test::RunProgram(
+      {orvo_test::ProgramPath("redirected_writers"), path,
+       std::to_string(kThreads), std::to_string(kMessages)});
+  EXPECT_EQ(result.exit_status, 0) << result.errors;
+  EXPECT_EQ(result.output, "");
+  ExpectWholeLines(ReadFile(path), kThreads, kMessages);
+}
+
+TEST(RedirectCout, SendsPlainOutputToTheTruncatedFileAsWell) {
+  const TemporaryFolder folder;
+  const std::string path = folder / "log";
+  orvo_test::WriteFile(path, "old content\n");
+  const orvo_test::ProgramResult result = orvo_test::RunProgram(
+      {orvo_test::ProgramPath("redirected_writers"), path, "0", "0"});
+  EXPECT_EQ(result.exit_status, 0) << result.errors;
+  EXPECT_EQ(ReadFile(path), "plain\nbuffered\n");
+}
+
+TEST(RedirectCout, GivesTheStandardOutputItsBufferBackAtExit) {
+  const TemporaryFolder folder;
+  const orvo_test::ProgramResult result = orvo_test::RunProgram(
+      {orvo_test::ProgramPath("output_after_exit"), folder / "log"});
+  EXPECT_EQ(result.exit_status, 0) << result.errors;
+  EXPECT_EQ(ReadFile(folder / "log"), "redirected\n");
+  EXPECT_EQ(result.output, "after the library\n");
+}
+
+TEST(RedirectCout, LosesOutputToAnImpossibleFileWithoutHarm) {
+  const orvo_test::ProgramResult result =
+      orvo_test::RunProgram({orvo_test::ProgramPath("redirected_writers"),
+                             "/missing/folder/log", "2", "10"});
+  EXPECT_EQ(result.exit_status, 0) << result.errors;
+  EXPECT_EQ(result.output, "");
+}
+
+}  // namespace
