@@ -15,15 +15,17 @@ using DigitValues = std::array<unsigned char, 256>;
 constexpr DigitValues MakeDigitValues() {
   DigitValues values{};
   for (std::size_t c = 0; c < values.size(); ++c) {
-    values[c] = static_cast<unsigned char>(DigitValue(static_cast<char>(c)));
+    values[c] =
+        static_cast<unsigned char>(DigitValue<16>(static_cast<char>(c)));
   }
   return values;
 }
 
 inline constexpr DigitValues kHexDigitValues = MakeDigitValues();
 
-// DigitValue() without branches: 16 for a character that is no digit, so that
-// the values of several characters joined by "or" tell whether all are digits.
+// DigitValue<16>() without branches: 16 for a character that is no digit, so
+// that the values of several characters joined by "or" tell whether all are
+// digits.
 constexpr unsigned HexDigitValue(char c) {
   return kHexDigitValues[static_cast<unsigned char>(c)];
 }
