@@ -65,6 +65,11 @@ std::uint64_t hash(const void* data, std::uint64_t size) {
     HashTwoEights(next, eights);
     sum = PowerOf33(16) * sum + PowerOf33(8) * eights[0] + eights[1];
   }
+  for (; size >= 4; size -= 4, next += 4) {
+    sum = PowerOf33(4) * sum +
+          (PowerOf33(3) * next[0] + PowerOf33(2) * next[1]) +
+          (33U * next[2] + next[3]);
+  }
   for (; size != 0; --size) sum = 33 * sum + *next++;
   return sum;
 }

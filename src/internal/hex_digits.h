@@ -23,8 +23,9 @@ constexpr DigitValues MakeDigitValues() {
 
 inline constexpr DigitValues kHexDigitValues = MakeDigitValues();
 
-// DigitValue() without branches: 16 for a character that is no digit, so that
-// the values of several characters joined by "or" tell whether all are digits.
+// DigitValue<16>() without branches: 16 for a character that is no digit, so
+// that the values of several characters joined by "or" tell whether all are
+// digits.
 constexpr unsigned HexDigitValue(char c) {
   return kHexDigitValues[static_cast<unsigned char>(c)];
 }
