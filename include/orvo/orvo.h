@@ -5,6 +5,7 @@
 /// The whole library.
 
 #include "orvo/byte_order.h"           // IWYU pragma: export
+#include "orvo/condition.h"            // IWYU pragma: export
 #include "orvo/errors.h"               // IWYU pragma: export
 #include "orvo/exception_log.h"        // IWYU pragma: export
 #include "orvo/format.h"               // IWYU pragma: export
