@@ -14,6 +14,7 @@
 #include "orvo/midi.h"                 // IWYU pragma: export
 #include "orvo/numeric_string.h"       // IWYU pragma: export
 #include "orvo/operation_log.h"        // IWYU pragma: export
+#include "orvo/orvo_lock_debug.h"      // IWYU pragma: export
 #include "orvo/path.h"                 // IWYU pragma: export
 #include "orvo/scope_lock.h"           // IWYU pragma: export
 #include "orvo/stacktrace.h"           // IWYU pragma: export
