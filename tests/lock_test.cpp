@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cstdint>
-#include <cstring>
 #include <limits>
 #include <memory>
 #include <stdexcept>
@@ -17,11 +15,13 @@
 
 #include "orvo/errors.h"
 #include "tests/support/interpose/calls.h"
+#include "tests/support/virtual_slot.h"
 
 namespace {
 
 using orvo_test::ScopedFailure;
 using orvo_test::ScopedHook;
+using orvo_test::VirtualSlot;
 using testing::ThrowsMessage;
 
 template <typename Function>
@@ -200,16 +200,6 @@ TEST(OrvoLock, LetsThrowIfOwnedByThisThreadDoNothing) {
   Minimal lock;
   EXPECT_NO_THROW(
       static_cast<orvo::OrvoLock&>(lock).ThrowIfOwnedByThisThread());
-}
-
-// The position of a virtual operation in its class's table: the common ABI
-// stores one more than its offset in bytes in a pointer to member.
-template <typename Member>
-std::size_t VirtualSlot(Member member) {
-  std::uintptr_t words[2];
-  static_assert(sizeof member == sizeof words);
-  std::memcpy(words, &member, sizeof words);
-  return (words[0] - 1) / sizeof(void*);
 }
 
 #ifdef __x86_64__

@@ -164,6 +164,9 @@ class ORVO_EXPORT Lock : public OrvoLock {
 
   /// A lock with an implementation of the caller's choice.
   ///
+  /// With a debug implementation do not wait on a Condition: a wait that is
+  /// signalled leaves the lock without an owner, see condition.h.
+  ///
   /// @throws std::invalid_argument  @p impl is null.
   explicit Lock(std::unique_ptr<LockImpl_> impl);
 

@@ -5,6 +5,7 @@
 /// The whole library.
 
 #include "orvo/byte_order.h"           // IWYU pragma: export
+#include "orvo/condition.h"            // IWYU pragma: export
 #include "orvo/errors.h"               // IWYU pragma: export
 #include "orvo/exception_log.h"        // IWYU pragma: export
 #include "orvo/format.h"               // IWYU pragma: export
@@ -13,7 +14,9 @@
 #include "orvo/midi.h"                 // IWYU pragma: export
 #include "orvo/numeric_string.h"       // IWYU pragma: export
 #include "orvo/operation_log.h"        // IWYU pragma: export
+#include "orvo/orvo_lock_debug.h"      // IWYU pragma: export
 #include "orvo/path.h"                 // IWYU pragma: export
+#include "orvo/scope_lock.h"           // IWYU pragma: export
 #include "orvo/stacktrace.h"           // IWYU pragma: export
 #include "orvo/str_gen.h"              // IWYU pragma: export
 #include "orvo/strings.h"              // IWYU pragma: export

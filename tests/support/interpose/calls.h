@@ -49,6 +49,15 @@ extern Interposed<int(const char*, mode_t)> mkdir_calls;
 extern Interposed<int(const timespec*, timespec*)> nanosleep_calls;
 extern Interposed<int(const char*, int, mode_t)> open_calls;
 extern Interposed<DIR*(const char*)> opendir_calls;
+extern Interposed<int(pthread_cond_t*)> pthread_cond_broadcast_calls;
+extern Interposed<int(pthread_cond_t*)> pthread_cond_destroy_calls;
+extern Interposed<int(pthread_cond_t*, const pthread_condattr_t*)>
+    pthread_cond_init_calls;
+extern Interposed<int(pthread_cond_t*)> pthread_cond_signal_calls;
+extern Interposed<int(pthread_cond_t*, pthread_mutex_t*, const timespec*)>
+    pthread_cond_timedwait_calls;
+extern Interposed<int(pthread_cond_t*, pthread_mutex_t*)>
+    pthread_cond_wait_calls;
 extern Interposed<int(pthread_mutex_t*, const pthread_mutexattr_t*)>
     pthread_mutex_init_calls;
 extern Interposed<int(pthread_mutex_t*)> pthread_mutex_lock_calls;

@@ -1,0 +1,203 @@
+// Debug locks and scope locks beside the bare POSIX mutex and the standard
+// library's.
+#include <absl/strings/str_cat.h>
+#include <absl/strings/str_join.h>
+#include <absl/strings/str_split.h>
+#include <absl/strings/string_view.h>
+#include <benchmark/benchmark.h>
+#include <pthread.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <mutex>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "orvo/lock.h"
+#include "orvo/orvo_lock_debug.h"
+#include "orvo/scope_lock.h"
+
+namespace {
+
+// A bare mutex with the interface of a lock.
+template <int type>
+class PosixMutex {
+ public:
+  PosixMutex() {
+    pthread_mutexattr_t attributes;
+    pthread_mutexattr_init(&attributes);
+    pthread_mutexattr_settype(&attributes, type);
+    pthread_mutex_init(&mutex_, &attributes);
+    pthread_mutexattr_destroy(&attributes);
+  }
+  ~PosixMutex() { pthread_mutex_destroy(&mutex_); }
+
+  void lock() { pthread_mutex_lock(&mutex_); }
+  void unlock() { pthread_mutex_unlock(&mutex_); }
+
+ private:
+  pthread_mutex_t mutex_;
+};
+
+struct DebugLock : orvo::DebugLockImpl_ {
+  DebugLock() : DebugLockImpl_("bench") {}
+};
+struct DebugRLock : orvo::DebugRLockImpl_ {
+  DebugRLock() : DebugRLockImpl_("bench") {}
+};
+struct NamedLock : orvo::Lock {
+  NamedLock() : Lock("bench") {}
+};
+using PlainMutex = PosixMutex<PTHREAD_MUTEX_DEFAULT>;
+using RecursiveMutex = PosixMutex<PTHREAD_MUTEX_RECURSIVE>;
+
+// One lock for all threads of a benchmark.
+template <typename Lock>
+Lock& Shared() {
+  static Lock lock;
+  return lock;
+}
+
+template <typename Lock>
+void LockPair(benchmark::State& state) {
+  Lock& lock = Shared<Lock>();
+  for (auto _ : state) {
+    lock.lock();
+    benchmark::ClobberMemory();
+    lock.unlock();
+  }
+}
+BENCHMARK_TEMPLATE(LockPair, DebugLock)->Name("lock/debug/orvo");
+BENCHMARK_TEMPLATE(LockPair, std::mutex)->Name("lock/debug/std");
+BENCHMARK_TEMPLATE(LockPair, PlainMutex)->Name("lock/debug/limit");
+BENCHMARK_TEMPLATE(LockPair, DebugLock)
+    ->Name("lock/debug_contended/orvo")
+    ->Threads(2);
+BENCHMARK_TEMPLATE(LockPair, std::mutex)
+    ->Name("lock/debug_contended/std")
+    ->Threads(2);
+BENCHMARK_TEMPLATE(LockPair, PlainMutex)
+    ->Name("lock/debug_contended/limit")
+    ->Threads(2);
+
+template <typename Lock>
+void LockDeep(benchmark::State& state) {
+  Lock& lock = Shared<Lock>();
+  const auto depth = state.range(0);
+  for (auto _ : state) {
+    for (auto i = depth; i > 0; --i) lock.lock();
+    benchmark::ClobberMemory();
+    for (auto i = depth; i > 0; --i) lock.unlock();
+  }
+}
+BENCHMARK_TEMPLATE(LockDeep, DebugRLock)
+    ->Name("lock/debug_recursive/orvo")
+    ->Arg(1)
+    ->Arg(3);
+BENCHMARK_TEMPLATE(LockDeep, std::recursive_mutex)
+    ->Name("lock/debug_recursive/std")
+    ->Arg(1)
+    ->Arg(3);
+BENCHMARK_TEMPLATE(LockDeep, RecursiveMutex)
+    ->Name("lock/debug_recursive/limit")
+    ->Arg(1)
+    ->Arg(3);
+
+void Scope(benchmark::State& state) {
+  orvo::Lock& lock = Shared<NamedLock>();
+  for (auto _ : state) {
+    const orvo::ScopeLock scope(lock);
+    benchmark::ClobberMemory();
+  }
+}
+BENCHMARK(Scope)->Name("lock/scope/orvo");
+
+template <typename Lock>
+void ScopeStd(benchmark::State& state) {
+  Lock& lock = Shared<Lock>();
+  for (auto _ : state) {
+    const std::unique_lock<Lock> scope(lock);
+    benchmark::ClobberMemory();
+  }
+}
+BENCHMARK_TEMPLATE(ScopeStd, std::mutex)->Name("lock/scope/std");
+BENCHMARK_TEMPLATE(ScopeStd, PlainMutex)->Name("lock/scope/limit");
+
+const std::string kFunction = "AddOrder";
+const std::string kFile = __FILE__;
+
+void ScopeWithReference(benchmark::State& state) {
+  orvo::Lock& lock = Shared<NamedLock>();
+  for (auto _ : state) {
+    const orvo::DebugScopeLock scope(lock, kFunction, kFile, 62);
+    benchmark::ClobberMemory();
+  }
+}
+BENCHMARK(ScopeWithReference)->Name("lock/scope_with_reference/orvo");
+
+// What a debug scope lock keeps, over the standard library's lock.
+struct ReferencedScope {
+  ReferencedScope(std::mutex& mutex, const std::string& function_name,
+                  const std::string& file_name, int line_number)
+      : function(function_name),
+        file(file_name),
+        line(line_number),
+        scope(mutex) {}
+  std::string function;
+  std::string file;
+  int line;
+  std::unique_lock<std::mutex> scope;
+};
+
+void ScopeWithReferenceStd(benchmark::State& state) {
+  std::mutex& mutex = Shared<std::mutex>();
+  for (auto _ : state) {
+    const ReferencedScope scope(mutex, kFunction, kFile, 62);
+    benchmark::ClobberMemory();
+  }
+}
+BENCHMARK(ScopeWithReferenceStd)->Name("lock/scope_with_reference/std");
+
+// This file lies two levels below the development root.
+const std::string kRoot =
+    std::filesystem::path(kFile).parent_path().parent_path();
+
+std::string ReferenceText() {
+  return orvo::LockingCodeReference(kFunction, kFile, 62).GetAsString();
+}
+
+std::string ReferenceTextStd() {
+  std::ostringstream text;
+  text << kFunction << " --> "
+       << std::filesystem::path(kFile).lexically_relative(kRoot).native() << ":"
+       << 62;
+  return text.str();
+}
+
+std::string ReferenceTextAbsl() {
+  const std::vector<absl::string_view> path = absl::StrSplit(kFile, '/');
+  const std::vector<absl::string_view> root = absl::StrSplit(kRoot, '/');
+  const auto differing =
+      std::mismatch(path.begin(), path.end(), root.begin(), root.end()).first;
+  return absl::StrCat(kFunction, " --> ",
+                      absl::StrJoin(differing, path.end(), "/"), ":", 62);
+}
+
+template <std::string (*Text)()>
+void Reference(benchmark::State& state) {
+  if (Text() != "AddOrder --> bench/orvo_lock_debug_bench.cpp:62") {
+    std::cerr << "Another text: " << Text() << "\n";
+    std::abort();
+  }
+  for (auto _ : state) benchmark::DoNotOptimize(Text());
+}
+BENCHMARK_TEMPLATE(Reference, ReferenceText)->Name("lock/reference_text/orvo");
+BENCHMARK_TEMPLATE(Reference, ReferenceTextStd)
+    ->Name("lock/reference_text/std");
+BENCHMARK_TEMPLATE(Reference, ReferenceTextAbsl)
+    ->Name("lock/reference_text/absl");
+
+}  // namespace

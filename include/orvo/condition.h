@@ -1,0 +1,89 @@
+#ifndef ORVO_CONDITION_H_
+#define ORVO_CONDITION_H_
+
+/// @file
+/// A POSIX condition variable for any lock of the library.
+///
+/// Each operation has two forms: the plain one takes the lock itself, the one
+/// whose name ends in WhileLocked is for callers that hold the lock already.
+/// As with any condition variable the state that is waited for has to be
+/// tested again after each wake-up, because spurious ones count as wake-ups:
+///
+/// @code
+/// // the waiting thread                  // the other thread
+/// const orvo::ScopeLock scope(lock);     {
+/// while (queue.empty()) {                  const orvo::ScopeLock scope(lock);
+///   filled.WaitWhileLocked(lock);          queue.push_back(job);
+/// }                                      }
+/// Run(queue.front());                    filled.Signal(lock);
+/// @endcode
+///
+/// Any number of threads may wait and signal at once.
+///
+/// A wait releases and retakes the mutex behind the lock's back. A handle that
+/// owns a debug implementation does not survive a wait that is signalled: the
+/// signalling thread takes and releases the lock meanwhile, which clears the
+/// owner, so that the release after the wait throws LockError and, in a scope
+/// lock or in Wait() itself, ends the process. Wait with plain locks.
+
+#include <pthread.h>
+
+#include "orvo/export.h"
+#include "orvo/lock.h"
+
+namespace orvo {
+
+/// A condition variable. Nothing here throws but what the lock itself throws.
+class ORVO_EXPORT Condition {
+ public:
+  Condition();
+  Condition(const Condition&) = delete;
+  Condition& operator=(const Condition&) = delete;
+
+  /// No thread may be waiting any more.
+  ~Condition();
+
+  /// Takes the lock, waits for one wake-up and releases the lock.
+  ///
+  /// The caller must not hold the lock, unless it is recursive, and nothing is
+  /// tested in between: to wait for a state use WaitWhileLocked().
+  void Wait(OrvoLock& lock);
+
+  /// Waits for one wake-up; the lock is free meanwhile and held again after.
+  void WaitWhileLocked(OrvoLock& lock);
+
+  /// Wait() with a time-out; see TimedWaitWhileLocked() for its length.
+  ///
+  /// @return  Whether the thread was woken.
+  bool TimedWait(OrvoLock& lock, int seconds);
+
+  /// WaitWhileLocked() with a time-out.
+  ///
+  /// The deadline is a whole second of the wall clock: the current second plus
+  /// @p seconds. The wait therefore lasts up to one second less than asked
+  /// for, and setting the clock shortens or lengthens it.
+  ///
+  /// @param seconds  0 and less are over at once.
+  /// @return         Whether the thread was woken; false after the deadline
+  ///                 and, with a line on the standard output, on any error.
+  bool TimedWaitWhileLocked(OrvoLock& lock, int seconds);
+
+  /// Takes the lock, wakes one waiting thread and releases the lock.
+  void Signal(OrvoLock& lock);
+
+  /// Takes the lock, wakes all waiting threads and releases the lock.
+  void Broadcast(OrvoLock& lock);
+
+  /// Wakes one waiting thread.
+  void SignalWhileLocked();
+
+  /// Wakes all waiting threads.
+  void BroadcastWhileLocked();
+
+ private:
+  pthread_cond_t condition_;
+};
+
+}  // namespace orvo
+
+#endif  // ORVO_CONDITION_H_
