@@ -82,8 +82,8 @@ int main(int argc, char** argv) {
 
   JobQueue queue;
   std::atomic<int> failures{0};
-  std::vector<std::thread> workers;
-  for (int i = 0; i < 3; ++i) workers.emplace_back(Work, &queue, &failures);
+  std::vector<std::thread> workers(3);
+  for (auto& worker : workers) worker = std::thread(Work, &queue, &failures);
   for (int job = 1; job <= count; ++job) queue.Add(job);
   queue.Close();
   for (std::thread& worker : workers) worker.join();

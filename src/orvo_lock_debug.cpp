@@ -235,6 +235,8 @@ void DebugRLockImpl_::unlock() {
 }
 
 bool DebugRLockImpl_::try_lock() {
+  // The books of the base would not count.
+  // NOLINTNEXTLINE(bugprone-parent-virtual-call)
   if (!LockImpl_::try_lock()) {
     PrintContention();
     return false;

@@ -17,7 +17,6 @@
 namespace {
 
 using orvo_test::RecordingLock;
-using orvo_test::ScopedFailure;
 using orvo_test::ScopedHook;
 using orvo_test::StdoutCapture;
 using testing::ElementsAre;

@@ -123,16 +123,16 @@ TYPED_TEST(ConditionWith, WakesByTheFormsForCallersThatHoldTheLock) {
   for (const auto wake : {&orvo::Condition::SignalWhileLocked,
                           &orvo::Condition::BroadcastWhileLocked}) {
     Latch about_to_wait;
-    bool ready = false;
+    this->ready_ = false;
     std::thread waiting([&] {
       const orvo::ScopeLock scope(this->lock_);
       about_to_wait.CountDown();
-      while (!ready) this->condition_.WaitWhileLocked(this->lock_);
+      while (!this->ready_) this->condition_.WaitWhileLocked(this->lock_);
     });
     about_to_wait.Wait();
     {
       const orvo::ScopeLock scope(this->lock_);
-      ready = true;
+      this->ready_ = true;
       (this->condition_.*wake)();
     }
     waiting.join();

@@ -35,7 +35,6 @@ using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::MatchesRegex;
 using testing::ThrowsMessage;
 
 using DebugLock = orvo_test::OpenBooks<orvo::DebugLockImpl_>;
@@ -312,7 +311,7 @@ class NotedLock : public DebugLock {
  public:
   using OpenBooks::OpenBooks;
   void lock() override {
-    calls_.push_back(BooksAreFree() ? "lock" : "lock in the books");
+    calls_.emplace_back(BooksAreFree() ? "lock" : "lock in the books");
     OpenBooks::lock();
   }
   void SetPendingLockingCodeReference(const std::string& function,
@@ -447,6 +446,8 @@ TEST_F(DebugLockDeathTest, EndsTheProcessAtTheEndOfAWaitOnAnOwnedLock) {
 }
 
 #else
+
+using testing::MatchesRegex;
 
 TEST_F(DebugLockTest, ReportsASecondAnnouncementAndGoesOn) {
   lock_.lock();

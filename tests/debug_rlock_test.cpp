@@ -29,7 +29,6 @@ using orvo_test::VirtualSlot;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::MatchesRegex;
 using testing::ThrowsMessage;
 
 using DebugRLock = orvo_test::OpenBooks<orvo::DebugRLockImpl_>;
@@ -407,6 +406,8 @@ TEST_F(DebugRLockDeathTest, EndsTheProcessAtASecondAnnouncement) {
 }
 
 #else
+
+using testing::MatchesRegex;
 
 TEST_F(DebugRLockTest, CountsBelowZeroInSilence) {
   const Pieces output;
