@@ -12,11 +12,13 @@
 #include "orvo/errors.h"
 #include "tests/support/holder.h"
 #include "tests/support/recording_lock.h"
+#include "tests/support/virtual_slot.h"
 
 namespace {
 
 using orvo_test::Holder;
 using orvo_test::RecordingLock;
+using orvo_test::VirtualSlot;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::ThrowsMessage;
@@ -320,6 +322,14 @@ TEST(ScopeLock, IsNotHeldWhenTheLockCannotBeTaken) {
               ThrowsMessage<orvo::LockError>("no lock"));
   EXPECT_THAT(lock.TakeCalls(), ElementsAre("lock"));
 }
+
+#ifdef __x86_64__
+TEST(ScopeLockBase, AddsOneVirtualOperation) {
+  EXPECT_EQ(VirtualSlot(&orvo::ScopeLockBase::ThrowIfOwnedByThisThread), 10U);
+  EXPECT_EQ(VirtualSlot(&orvo::ScopeLockBase::Acquire), 11U);
+  EXPECT_EQ(VirtualSlot(&orvo::DebugScopeLock::Acquire), 11U);
+}
+#endif
 
 TEST(ScopeLock, IsMadeOfItsBaseAlone) {
   EXPECT_EQ(sizeof(orvo::ScopeLock), sizeof(orvo::ScopeLockBase));
