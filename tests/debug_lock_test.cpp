@@ -264,14 +264,15 @@ TEST_F(DebugLockTest, TurnsALockOfItsOwnerIntoAnError) {
   lock_.unlock();
 }
 
-// Deep enough for any trace; the sum keeps the frames apart.
-[[gnu::noinline]] int ThrowFromDepth(orvo::DebugLockImpl_& lock, int depth) {
+// Through a volatile pointer, because a compiler may turn plain recursion into
+// a loop.
+int ThrowFromDepth(orvo::DebugLockImpl_& lock, int depth) {
   if (depth == 0) {
     lock.ThrowIfOwnedByThisThread();
     return 0;
   }
-  const int result = ThrowFromDepth(lock, depth - 1);
-  return result + 1;
+  int (*volatile next)(orvo::DebugLockImpl_&, int) = &ThrowFromDepth;
+  return next(lock, depth - 1) + 1;
 }
 
 TEST_F(DebugLockTest, ShowsTwentyFramesOfItsOwner) {
