@@ -10,8 +10,12 @@
 namespace orvo {
 namespace {
 
-// Made once: a string per call would cost more than the signal.
-const std::string thisFile = __FILE__;
+// Made once, because a string per call would cost more than the signal, and
+// never destroyed, because programs signal while they exit, too.
+const std::string& ThisFile() {
+  static const auto* const file = new std::string(__FILE__);
+  return *file;
+}
 
 }  // namespace
 
@@ -24,7 +28,7 @@ Condition::~Condition() {
 }
 
 void Condition::Wait(OrvoLock& lock) {
-  const DebugScopeLock scope(lock, "Wait", thisFile, __LINE__);
+  const DebugScopeLock scope(lock, "Wait", ThisFile(), __LINE__);
   WaitWhileLocked(lock);
 }
 
@@ -33,7 +37,7 @@ void Condition::WaitWhileLocked(OrvoLock& lock) {
 }
 
 bool Condition::TimedWait(OrvoLock& lock, int seconds) {
-  const DebugScopeLock scope(lock, "TimedWait", thisFile, __LINE__);
+  const DebugScopeLock scope(lock, "TimedWait", ThisFile(), __LINE__);
   return TimedWaitWhileLocked(lock, seconds);
 }
 
@@ -48,12 +52,12 @@ bool Condition::TimedWaitWhileLocked(OrvoLock& lock, int seconds) {
 }
 
 void Condition::Signal(OrvoLock& lock) {
-  const DebugScopeLock scope(lock, "Signal", thisFile, __LINE__);
+  const DebugScopeLock scope(lock, "Signal", ThisFile(), __LINE__);
   SignalWhileLocked();
 }
 
 void Condition::Broadcast(OrvoLock& lock) {
-  const DebugScopeLock scope(lock, "Broadcast", thisFile, __LINE__);
+  const DebugScopeLock scope(lock, "Broadcast", ThisFile(), __LINE__);
   BroadcastWhileLocked();
 }
 

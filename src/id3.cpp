@@ -28,11 +28,14 @@ bool IsComment(const FrameHeader& header) {
 }
 
 // A seek would make a file stream drop its buffer, which mostly holds what
-// comes next. Only a seek may pass the end of the stream.
+// comes next. Only a seek may pass the end of the stream, and only a seek is
+// quick however far it goes: an empty buffer counts the rest of its file as
+// available.
 //
 // Returns whether the stream has simply moved on by this count.
 bool SkipForward(std::istream& stream, std::uint32_t count) {
-  if (stream.good() && count < stream.rdbuf()->in_avail()) {
+  constexpr std::uint32_t kNear = 4096;
+  if (count <= kNear && stream.good() && count < stream.rdbuf()->in_avail()) {
     stream.ignore(count);
     return true;
   }

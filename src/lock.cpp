@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstdint>
 #include <ctime>
-#include <limits>
 #include <stdexcept>
 #include <utility>
 
@@ -26,18 +25,10 @@ bool TryLock(pthread_mutex_t* mutex) {
 
 std::uint32_t BudgetInNanoseconds(double seconds) {
   const double nanoseconds = seconds * 1e9;
-  // A conversion that no 64-bit count holds saturates; NaN counts as 0.
-  constexpr double kLimit = 9223372036854775808.0;
-  std::int64_t count = 0;
-  if (nanoseconds >= kLimit) {
-    count = std::numeric_limits<std::int64_t>::max();
-  } else if (nanoseconds < -kLimit) {
-    count = std::numeric_limits<std::int64_t>::min();
-  } else if (!std::isnan(nanoseconds)) {
-    count = static_cast<std::int64_t>(nanoseconds);
-  }
+  // A time that 64 bits do not hold must not become a wait without an end.
+  if (!(std::fabs(nanoseconds) < 9223372036854775808.0)) return 0;
   // Kept on purpose: only the low 32 bits count.
-  return static_cast<std::uint32_t>(count);
+  return static_cast<std::uint32_t>(static_cast<std::int64_t>(nanoseconds));
 }
 
 // Leaves the remainder of an interrupted sleep in the request.

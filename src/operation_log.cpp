@@ -14,26 +14,36 @@ std::string Sentence(std::string text) {
   return text += '.';
 }
 
-// What a CoutBuffer does at its end, without a stream to compose the line in.
-// Like there, an exception on the way ends the process.
-void WriteDebugLine(std::string text) noexcept {
-  text.insert(0, "[DEBUG] ");
-  text += '\n';
-  thread_safe_cout << std::move(text);
-  thread_safe_cout.flush();
-}
+// A CoutBuffer of one line, without a stream to compose it in.
+class DebugLine {
+ public:
+  DebugLine() : text_("[DEBUG] ") {}
+  DebugLine(const DebugLine&) = delete;
+  DebugLine& operator=(const DebugLine&) = delete;
+  ~DebugLine() {
+    thread_safe_cout << std::move(text_);
+    thread_safe_cout.flush();
+  }
+
+  void End(const std::string& text) { (text_ += text) += '\n'; }
+
+ private:
+  std::string text_;
+};
 
 }  // namespace
 
 void LogAttempt(const char* file, unsigned int line, const std::string& what) {
+  DebugLine debug_line;
   const std::string description = what.empty() ? "Executing." : Sentence(what);
-  WriteDebugLine(
+  debug_line.End(
       orvo::format("%s line %d: %s", file, line, description.c_str()));
 }
 
 void LogSuccess(const char* file, unsigned int line, const std::string& what) {
+  DebugLine debug_line;
   const char* const description = what.empty() ? "executing" : what.c_str();
-  WriteDebugLine(
+  debug_line.End(
       orvo::format("%s line %d: Succeeded %s.", file, line, description));
 }
 

@@ -254,6 +254,7 @@ void DebugRLockImpl_::SetOwner(const std::thread::id& owner) {
   // clang-format off
   assert(this->owner_!= std::thread::id());
   // clang-format on
+  InitializeCountIfNeeded(owner);
   DebugLockImpl_::SetOwner(owner);
   if (previousOwner != owner) {
     counts_[owner] = threadLockCount;
@@ -320,6 +321,13 @@ void DebugRLockImpl_::PrintAllCountsGreaterThanZero(
 
 void DebugRLockImpl_::CountAcquisition(const std::thread::id& threadId) {
   const BooksGuard guard(books_mutex_);
+  try {
+    InitializeCountIfNeeded(threadId);
+  } catch (...) {
+    // A lock without an entry in the books could never be released.
+    pthread_mutex_unlock(&mutex_);
+    throw;
+  }
   owner_.store(threadId, kRelaxed);
   int& count = counts_[threadId];
   count = Add(count, 1);

@@ -95,7 +95,8 @@ bool HasFileType(const std::string& path, mode_t type) {
 
 DIR* OpenDirectory(const std::string& path) {
   DIR* const directory = opendir(path.c_str());
-  if (directory == nullptr) throw BadDir(orvo::errmsg(errno));
+  const int error = errno;
+  if (directory == nullptr) throw BadDir(orvo::errmsg(error));
   return directory;
 }
 
@@ -210,7 +211,7 @@ bool isdir(const std::string& path) {
   return HasFileType(path, S_IFDIR);
 }
 
-const std::map<int, std::string> mkdirErrorsByErrno = {
+std::map<int, std::string> mkdirErrorsByErrno = {
     {EACCES,
      "Search permission is denied on a component of the path prefix, or write "
      "permission is denied on the parent directory of the directory to be "

@@ -12,6 +12,7 @@
 #include <iostream>
 #include <iterator>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -130,8 +131,8 @@ class Table {
 
   // Adds a frame as the system describes it; reports what cannot be read.
   bool Add(std::string_view line, int number) {
-    // The offset, which ends a line in columns, has no bracket.
-    if (line.empty() || line.back() != ']') {
+    // A line in columns ends with an offset, not with an address in brackets.
+    if (line.find(" [0x") == line.npos || line.back() != ']') {
       return AddColumns(FrameParts(std::string(line)));
     }
     if (AddSystemLine(line, number)) return true;
@@ -306,7 +307,7 @@ __attribute__((noinline)) std::list<std::string> GetStackTrace(int depth) {
   if (count <= 0) return {};
   const std::unique_ptr<char*, Free> symbols(
       backtrace_symbols(addresses.get(), count));
-  if (symbols == nullptr) return {};
+  if (symbols == nullptr) throw std::bad_alloc();
 
   Table table(count);
   int next = 1;
@@ -316,7 +317,7 @@ __attribute__((noinline)) std::list<std::string> GetStackTrace(int depth) {
   // The report names this line of this source, wherever it stands.
 #line 185
   assert(positionOfName < 140);
-#line 320
+#line 321
   if (next < count) return {symbols.get() + 1, symbols.get() + count};
   return table.Format();
 }

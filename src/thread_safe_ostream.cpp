@@ -48,7 +48,14 @@ CoutBuffer& CoutBuffer::operator<<(
 }
 
 CoutBuffer& CoutBuffer::operator<<(EndlT) & {
-  return *this << "\n";
+  // Not as a formatted insertion, which would fill up a pending width.
+  put('\n');
+  return *this;
+}
+
+CoutBuffer& operator<<(CoutBuffer&& buffer,
+                       std::ostream& (*manipulator)(std::ostream&)) {
+  return buffer << manipulator;
 }
 
 template ORVO_EXPORT CoutBuffer& CoutBuffer::operator<<(const char*) &;

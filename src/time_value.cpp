@@ -20,10 +20,15 @@ namespace {
 constexpr char kHyphenLayout[] = "%Y-%m-%dT%H-%M-%S";
 constexpr char kColonLayout[] = "%Y-%m-%dT%H:%M:%S";
 
-// A program that puts its own strftime() before the system's gets every call.
+template <typename Function>
+bool IsTheSystems(const char* name, Function* function) {
+  return dlsym(RTLD_NEXT, name) == reinterpret_cast<void*>(function);
+}
+
+// A program that puts its own formatters before the system's gets every call.
 // Otherwise the common texts can be written here, in a tenth of the time.
-const bool strftimeIsTheSystems =
-    dlsym(RTLD_NEXT, "strftime") == reinterpret_cast<void*>(&strftime);
+const bool formattersAreTheSystems =
+    IsTheSystems("strftime", strftime) && IsTheSystems("vsnprintf", vsnprintf);
 
 bool HasCommonFields(const std::tm& fields) {
   const auto in_range = [](int value, int first, int last) {
@@ -61,7 +66,7 @@ std::size_t WriteCommonFields(char* text, char separator,
 std::size_t WriteFields(char* text, std::size_t limit, const char* format,
                         const std::tm& fields) {
   const bool hyphens = format == kHyphenLayout;
-  if (strftimeIsTheSystems && (hyphens || format == kColonLayout) &&
+  if (formattersAreTheSystems && (hyphens || format == kColonLayout) &&
       HasCommonFields(fields)) {
     return WriteCommonFields(text, hyphens ? '-' : ':', fields);
   }
@@ -87,7 +92,9 @@ std::string FormatUtc(std::time_t seconds, const char* format,
 
 // Nine characters, or ten for a number of nine digits and a sign.
 std::string FormatFraction(long nanoseconds) {
-  if (nanoseconds < 0) return FastFormatter<10>("%09ld", nanoseconds);
+  if (nanoseconds < 0 || !formattersAreTheSystems) {
+    return FastFormatter<10>("%09ld", nanoseconds);
+  }
   // One more digit in front keeps the leading zeros.
   return std::to_string(1000000000 + nanoseconds).erase(0, 1);
 }
@@ -139,7 +146,7 @@ std::ostream& operator<<(std::ostream& os, const TimeValue& time) {
       std::copy(digits, digits_end, std::fill_n(point + 1, zeros, '0'));
 
   const char* rest = text;
-  if (os.width() > 0) {
+  if (os.width() != 0) {
     os << std::string_view(text, static_cast<std::size_t>(point - text));
     rest = point;
   }

@@ -285,9 +285,14 @@ TEST(GetStackTrace, IsEmptyWithoutAddresses) {
   EXPECT_THAT(GetStackTrace(5), IsEmpty());
 }
 
-TEST(GetStackTrace, IsEmptyWhenTheSystemIsOutOfMemory) {
+TEST(GetStackTrace, ThrowsWhenTheSystemIsOutOfMemory) {
   const ScopedFailure failure("backtrace_symbols", ENOMEM);
-  EXPECT_THAT(GetStackTrace(5), IsEmpty());
+  EXPECT_THROW(GetStackTrace(5), std::bad_alloc);
+}
+
+TEST(GetStackTrace, TakesColumnsThatEndInABracket) {
+  const FakeStack stack({"1 shop 0x1 main + [7]"});
+  EXPECT_THAT(GetStackTrace(5), ElementsAre("0  shop  0x1  main + [7]"));
 }
 
 TEST(GetStackTrace, PassesOnThatMemoryRanOut) {

@@ -24,6 +24,7 @@
 #include <iosfwd>
 #include <string>
 
+#include "orvo/errors.h"  // IWYU pragma: export
 #include "orvo/export.h"
 
 namespace orvo {

@@ -22,6 +22,7 @@
 #include <string>
 #include <thread>
 
+#include "orvo/errors.h"  // IWYU pragma: export
 #include "orvo/export.h"
 
 namespace orvo {
@@ -97,8 +98,10 @@ class ORVO_EXPORT LockImpl_ {
   /// Between two attempts the thread asks to sleep 2 microseconds; only these
   /// requests count, so that the real wait is longer. Kept on purpose: the
   /// budget is cut to 32 bits of nanoseconds, so that 5 seconds mean 0.705
-  /// seconds and a negative time a long one, and after a sleep that a signal
-  /// interrupts each later one asks for the remainder of that sleep only.
+  /// seconds and a negative time a long one (the last 15 nanoseconds below
+  /// 2^32 never end while the lock is held), and after a sleep that a signal
+  /// interrupts each later one asks for the remainder of that sleep only. A
+  /// time beyond 64 bits of nanoseconds counts as 0.
   /// For waits in real time see std::timed_mutex.
   ///
   /// @param seconds  0 still makes one attempt and one sleep.

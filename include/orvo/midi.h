@@ -21,6 +21,7 @@
 #include <string>
 #include <vector>
 
+#include "orvo/errors.h"  // IWYU pragma: export
 #include "orvo/export.h"
 
 /// Notes by number and by name.

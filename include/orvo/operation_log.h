@@ -13,7 +13,7 @@
 /// @endcode
 ///
 /// Every function may be called from any thread at once; each line reaches the
-/// standard output whole, through CoutBuffer, and is flushed.
+/// standard output whole, as with a CoutBuffer, and is flushed.
 
 #include <string>
 

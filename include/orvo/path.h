@@ -26,6 +26,7 @@
 #include <utility>
 #include <vector>
 
+#include "orvo/errors.h"  // IWYU pragma: export
 #include "orvo/export.h"
 #include "orvo/strings.h"
 
@@ -147,8 +148,9 @@ ORVO_EXPORT bool isdir(const std::string& path);
 
 /// The explanations in the messages of MakeDirectory(), by errno value.
 ///
-/// The braces, as in "{LINK_MAX}", are part of the texts.
-extern ORVO_EXPORT const std::map<int, std::string> mkdirErrorsByErrno;
+/// The braces, as in "{LINK_MAX}", are part of the texts. Nothing changes the
+/// table once the library is loaded, and programs must not.
+extern ORVO_EXPORT std::map<int, std::string> mkdirErrorsByErrno;
 
 /// Creates one directory, with mode 0755 less the umask; its parent has to
 /// exist. A directory that is there already will do.

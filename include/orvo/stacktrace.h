@@ -99,7 +99,7 @@ class ORVO_EXPORT FrameParts {
 ///
 /// @param depth  The largest number of frames; a negative one counts as 0, and
 ///               frames beyond the 65535th are left out.
-/// @return       Empty if there are no frames or the system is out of memory.
+/// @return       Empty if there are no frames.
 ORVO_EXPORT std::list<std::string> GetStackTrace(int depth);
 
 /// Prints the calling thread's stack through a CoutBuffer, in one piece: an

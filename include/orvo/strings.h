@@ -73,6 +73,11 @@ Text strip(const Text& text) {
   return text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
+/// The same for a string literal.
+ORVO_EXPORT_INLINE inline std::string strip(const char* text) {
+  return strip(std::string(text));
+}
+
 /// The text with its capital letters made small.
 ORVO_EXPORT std::string to_lower(const std::string& text);
 
@@ -170,11 +175,6 @@ ORVO_EXPORT_INLINE inline std::size_t GetTokenSize_(char) {
   return 1;
 }
 
-/// The length of a separator.
-ORVO_EXPORT_INLINE inline std::size_t GetTokenSize_(const std::string& token) {
-  return token.size();
-}
-
 /// Cuts a text at its separators, which are dropped.
 ///
 /// @code
@@ -183,7 +183,8 @@ ORVO_EXPORT_INLINE inline std::size_t GetTokenSize_(const std::string& token) {
 /// orvo::SplitString("/a/", '/', -1);    // "", "a", ""
 /// @endcode
 ///
-/// @tparam Separator  char, or std::string.
+/// @tparam Separator  char, or a type of the caller's that std::string::find()
+///                    takes and that has a GetTokenSize_() of its own.
 /// @param maxsplit    The largest number of cuts; negative for no limit.
 /// @return            At least one part, also for an empty text.
 /// @throws std::invalid_argument  The separator is empty.

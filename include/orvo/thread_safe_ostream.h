@@ -92,7 +92,7 @@ class ORVO_EXPORT OutBuffer : public std::ostringstream {
   /// Appends a value; no lock is taken.
   template <typename Value>
   OutBuffer& operator<<(Value value) & {
-    static_cast<std::ostringstream&>(*this) << value;
+    static_cast<std::ostringstream&>(*this) << std::move(value);
     return *this;
   }
 
@@ -125,9 +125,15 @@ class ORVO_EXPORT OutBuffer : public std::ostringstream {
 /// Appends to a temporary buffer, which a stream's own inserters would
 /// otherwise claim as well.
 template <typename Receiver, typename Value>
+OutBuffer<Receiver>& operator<<(OutBuffer<Receiver>&& buffer, Value value) {
+  return buffer << std::move(value);
+}
+
+/// Applies a manipulator such as std::endl to a temporary buffer.
+template <typename Receiver>
 OutBuffer<Receiver>& operator<<(OutBuffer<Receiver>&& buffer,
-                                const Value& value) {
-  return buffer << value;
+                                std::ostream& (*manipulator)(std::ostream&)) {
+  return buffer << manipulator;
 }
 
 /// @cond
@@ -197,9 +203,13 @@ extern template CoutBuffer& CoutBuffer::operator<<(std::string) &;
 
 /// Appends to a temporary buffer, as in `CoutBuffer() << "text"`.
 template <typename Value>
-CoutBuffer& operator<<(CoutBuffer&& buffer, const Value& value) {
-  return buffer << value;
+CoutBuffer& operator<<(CoutBuffer&& buffer, Value value) {
+  return buffer << std::move(value);
 }
+
+/// Applies a manipulator such as std::endl to a temporary buffer.
+ORVO_EXPORT CoutBuffer& operator<<(CoutBuffer&& buffer,
+                                   std::ostream& (*manipulator)(std::ostream&));
 
 /// Sends what the process writes to std::cout to the file at @p path instead.
 ///

@@ -27,6 +27,7 @@
 #include <string>
 #include <type_traits>
 
+#include "orvo/errors.h"  // IWYU pragma: export
 #include "orvo/export.h"
 
 namespace orvo {
@@ -65,10 +66,10 @@ class ORVO_EXPORT TimeValue {
       : count_(nanoseconds) {}
 
   // The standard durations, whose counts have another type on some platforms.
-  template <
-      typename Rep, typename Period,
-      typename Factor = std::ratio_divide<Period, std::nano>,
-      std::enable_if_t<std::is_integral_v<Rep> && Factor::den == 1, int> = 0>
+  template <typename Rep, typename Period,
+            typename = std::enable_if_t<std::is_integral_v<Rep>>,
+            typename Factor = std::ratio_divide<Period, std::nano>,
+            typename = std::enable_if_t<Factor::den == 1>>
   constexpr TimeValue(const std::chrono::duration<Rep, Period>& time) noexcept
       : count_(Multiply_(static_cast<long long>(time.count()), Factor::num)) {}
   /// @}
