@@ -7,8 +7,6 @@
 #include <cassert>
 #include <cerrno>
 #include <cstddef>
-#include <cstdint>
-#include <cstring>
 #include <memory>
 #include <string_view>
 
@@ -19,29 +17,23 @@
 namespace orvo::path {
 namespace {
 
-// Characters that are compared all at once.
-using Block = char __attribute__((vector_size(16)));
+// Characters that are looked at all at once, as vectors.
+constexpr std::size_t kBlock = 16;
 
-Block LoadBlock(const char* text) {
-  Block block;
-  std::memcpy(&block, text, sizeof block);
-  return block;
-}
-
-// Whether one of the 16 characters is a slash that a slash follows.
-bool HasDoubledSlash(const char* text) {
-  const auto doubled = (LoadBlock(text) == '/') & (LoadBlock(text + 1) == '/');
-  std::uint64_t halves[2];
-  std::memcpy(halves, &doubled, sizeof halves);
-  return (halves[0] | halves[1]) != 0;
+// Whether one of these characters is a slash that a slash follows.
+bool HasDoubledSlash(const char* block) {
+  unsigned char doubled = 0;
+  for (std::size_t i = 0; i < kBlock; ++i) {
+    doubled |=
+        static_cast<unsigned char>((block[i] == '/') & (block[i + 1] == '/'));
+  }
+  return doubled != 0;
 }
 
 // The place of the first two slashes in a row, or npos.
 std::size_t FindDoubledSlash(std::string_view text) {
   std::size_t i = 0;
-  while (i + sizeof(Block) < text.size() && !HasDoubledSlash(&text[i])) {
-    i += sizeof(Block);
-  }
+  while (i + kBlock < text.size() && !HasDoubledSlash(&text[i])) i += kBlock;
   // Every second character will do: a pair holds one of them.
   for (++i; i < text.size(); i += 2) {
     if (text[i] != '/') continue;

@@ -333,8 +333,7 @@ class ORVO_EXPORT SingleLine {
 /// that ends with "\n" ends its line.
 ///
 /// @code
-/// orvo::format_paragraph("one two three \n", 2, 9);  // "  one two\n  three
-/// \n"
+/// orvo::format_paragraph("one two three \n", 0, 7);  // "one two\nthree \n"
 /// @endcode
 ///
 /// Kept on purpose: what follows the last line feed is not printed, a line feed
