@@ -1,7 +1,9 @@
 #include "orvo/midi.h"
 
 #include <array>
+#include <cstddef>
 #include <iostream>
+#include <optional>
 #include <string_view>
 
 #include "internal/ascii.h"
@@ -12,6 +14,7 @@ namespace orvo::midi {
 namespace {
 
 constexpr unsigned char kMiddleC = 60;
+constexpr int kHighestNote = 127;
 constexpr int kNotesPerOctave = 12;
 constexpr int kOctaveOffset = 3 - kMiddleC / kNotesPerOctave;
 constexpr unsigned char kNoLetter = 0xff;
@@ -40,24 +43,42 @@ constexpr bool IsAccidental(char c) {
   return c == 'b' || c == '#' || c == 'x';
 }
 
-int OffsetOf(std::string_view accidental) {
+std::optional<int> FindOffset(std::string_view accidental) {
   if (accidental.size() == 1) {
     if (accidental[0] == '#') return 1;
     if (accidental[0] == 'b') return -1;
     if (accidental[0] == 'x') return 2;
   }
   if (accidental == "bb") return -2;
+  return std::nullopt;
+}
+
+int OffsetOf(std::string_view accidental) {
+  if (const std::optional<int> offset = FindOffset(accidental)) return *offset;
   throw InvalidNoteName(std::string(accidental) +
                         " is not a valid accidental.");
 }
 
-// Nearly every octave is one digit, which needs no copy of the text.
-int OctaveOf(std::string_view text) {
+// Reads one digit, or a minus and one digit.
+std::optional<int> ReadShortOctave(std::string_view text) {
   if (text.size() == 1 && internal::IsDigit(text[0])) return text[0] - '0';
   if (text.size() == 2 && text[0] == '-' && internal::IsDigit(text[1])) {
     return '0' - text[1];
   }
+  return std::nullopt;
+}
+
+// Nearly every octave is short, which needs no copy of the text.
+int OctaveOf(std::string_view text) {
+  if (const std::optional<int> octave = ReadShortOctave(text)) return *octave;
   return GetOctaveFromString(std::string(text));
+}
+
+// Where a name goes on behind its letter and any accidentals.
+std::size_t StartOfOctave(std::string_view name) {
+  std::size_t start = 1;
+  while (start < name.size() && IsAccidental(name[start])) ++start;
+  return start;
 }
 
 // Unsigned, because the octave may be any int and only 8 bits are kept.
@@ -144,10 +165,7 @@ unsigned char GetNoteIndex(const std::string& name) {
   const unsigned char base = CheckedBaseNoteIndex(text.substr(0, 1));
   if (text.size() < 2) return base;
 
-  std::size_t octave_start = 1;
-  while (octave_start < text.size() && IsAccidental(text[octave_start])) {
-    ++octave_start;
-  }
+  const std::size_t octave_start = StartOfOctave(text);
   const int offset =
       octave_start == 1 ? 0 : OffsetOf(text.substr(1, octave_start - 1));
   const int octave =
@@ -181,8 +199,25 @@ int Note::GetOctave() const {
   return OctaveOfIndex(index_);
 }
 
+std::optional<Note> ParseNote(std::string_view name) {
+  const unsigned char base = name.empty() ? kNoLetter : BaseNoteIndex(name[0]);
+  if (base == kNoLetter) return std::nullopt;
+  const std::size_t octave_start = StartOfOctave(name);
+  const std::optional<int> offset =
+      octave_start == 1 ? 0 : FindOffset(name.substr(1, octave_start - 1));
+  const std::string_view octave_text = name.substr(octave_start);
+  // Every octave of a MIDI note is short.
+  const std::optional<int> octave = ReadShortOctave(octave_text);
+  if (!offset || !octave || octave_text == "-0") return std::nullopt;
+
+  const int index =
+      (*octave - kOctaveOffset) * kNotesPerOctave + base + *offset;
+  if (index < 0 || index > kHighestNote) return std::nullopt;
+  return Note(static_cast<unsigned char>(index));
+}
+
 std::vector<Note> GetAllMidiNotes() {
-  std::vector<Note> notes(128, Note(0));
+  std::vector<Note> notes(kHighestNote + 1, Note(0));
   unsigned char index = 0;
   for (Note& note : notes) note = Note(index++);
   return notes;

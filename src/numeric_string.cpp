@@ -151,6 +151,23 @@ int TakeNumber(Rest* rest) {
   }
 }
 
+// Takes a run of digits or of other characters off the front of a text.
+std::string_view TakeRun(std::string_view* text) {
+  const char* const end = EndOfRun(text->data(), text->data() + text->size());
+  const auto size = static_cast<std::size_t>(end - text->data());
+  const std::string_view run = text->substr(0, size);
+  text->remove_prefix(size);
+  return run;
+}
+
+// Compares runs of digits by value: negative, 0 or positive.
+int CompareNumbers(std::string_view a, std::string_view b) {
+  a.remove_prefix(std::min(a.find_first_not_of('0'), a.size()));
+  b.remove_prefix(std::min(b.find_first_not_of('0'), b.size()));
+  if (a.size() != b.size()) return a.size() < b.size() ? -1 : 1;
+  return a.compare(b);
+}
+
 }  // namespace
 
 Chunk::Chunk(const std::string& text, bool numeric)
@@ -208,6 +225,18 @@ bool NumericStringCompare::ComesBefore_(const std::string& a,
     if (order != 0) return order < 0;
   }
   return ComesBefore(left, right);
+}
+
+bool NaturalLess::operator()(std::string_view a, std::string_view b) const {
+  while (!a.empty() && !b.empty()) {
+    const bool numeric = IsDigit(a[0]) && IsDigit(b[0]);
+    const std::string_view a_run = TakeRun(&a);
+    const std::string_view b_run = TakeRun(&b);
+    const int order =
+        numeric ? CompareNumbers(a_run, b_run) : a_run.compare(b_run);
+    if (order != 0) return order < 0;
+  }
+  return a.empty() && !b.empty();
 }
 
 }  // namespace orvo

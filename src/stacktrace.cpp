@@ -63,6 +63,10 @@ Tokens SplitAtBlanks(std::string_view line) {
   return tokens;
 }
 
+bool HasAllColumns(const Tokens& tokens) {
+  return tokens.count == 6 || tokens.count == 7;
+}
+
 void ReportLine(std::size_t tokens, std::string_view line) {
   std::string text =
       "frameLineNoSpaces.size() = " + std::to_string(tokens) + "\n";
@@ -95,8 +99,14 @@ struct SystemLine {
   std::string_view address;
 };
 
+// Whether a line may have columns to be read: it ends with an offset then, not
+// with an address in brackets.
+bool IsInColumns(std::string_view line) {
+  return line.find(" [0x") == std::string_view::npos || line.back() != ']';
+}
+
 // Reads "image(symbol+0xoffset) [0xaddress]". The symbol may be missing; then
-// the offset is that from the start of the image.
+// it is "??", and the offset is that from the start of the image.
 std::optional<SystemLine> ReadSystemLine(std::string_view line) {
   // From the end, because an image may have any name.
   const std::size_t place_start = line.rfind('(');
@@ -118,7 +128,7 @@ std::optional<SystemLine> ReadSystemLine(std::string_view line) {
   if (image.empty() || !is_plain || !ReadHex(address) || !offset) {
     return std::nullopt;
   }
-  return SystemLine{image, symbol, *offset, address};
+  return SystemLine{image, symbol.empty() ? "??" : symbol, *offset, address};
 }
 
 // The frames of a trace, and how wide their columns are.
@@ -131,10 +141,7 @@ class Table {
 
   // Adds a frame as the system describes it; reports what cannot be read.
   bool Add(std::string_view line, int number) {
-    // A line in columns ends with an offset, not with an address in brackets.
-    if (line.find(" [0x") == line.npos || line.back() != ']') {
-      return AddColumns(FrameParts(std::string(line)));
-    }
+    if (IsInColumns(line)) return AddColumns(FrameParts(std::string(line)));
     if (AddSystemLine(line, number)) return true;
     ReportLine(SplitAtBlanks(line).count, line);
     return false;
@@ -178,7 +185,7 @@ class Table {
         Widest(number_text.size(), parts->image.size(), parts->address.size());
     if (widths.PositionOfName() >= kLineWidth) return false;
 
-    symbol_ = parts->symbol.empty() ? "??" : parts->symbol;
+    symbol_ = parts->symbol;
     const SystemText demangled = AskForDemangled(symbol_.c_str());
     AddRow(number_text, parts->image, parts->address,
            demangled ? demangled.get() : std::string_view(symbol_),
@@ -245,6 +252,47 @@ class Table {
   std::string symbol_;
 };
 
+StackFrame ReadFrame(std::string_view line, int number) {
+  StackFrame frame;
+  frame.text = line;
+  if (IsInColumns(line)) {
+    if (!HasAllColumns(SplitAtBlanks(line))) return frame;
+    const FrameParts parts(frame.text);
+    frame.number = parts.GetFrameNumber();
+    frame.image = parts.GetImage();
+    frame.address = parts.GetAddress();
+    frame.symbol = parts.GetSymbol();
+    frame.offset = parts.GetOffset();
+  } else if (const auto parts = ReadSystemLine(line)) {
+    frame.number = std::to_string(number);
+    frame.image = parts->image;
+    frame.address = parts->address;
+    frame.symbol = Demangle(std::string(parts->symbol));
+    frame.offset = std::to_string(parts->offset);
+  }
+  return frame;
+}
+
+// The frames of a thread, as the system describes them.
+struct SystemTrace {
+  int count = 0;
+  std::unique_ptr<char*, Free> lines;
+};
+
+// Inlined, so that the first frame is that of the function that calls this one.
+[[gnu::always_inline]] inline SystemTrace DescribeStack(int depth) {
+  const int size = std::clamp(depth, 0, kDeepest) + 1;
+  const std::unique_ptr<void*[]> addresses(
+      new void*[static_cast<std::size_t>(size)]);
+  const int count = backtrace(addresses.get(), size);
+  if (count <= 0) return {};
+  SystemTrace trace;
+  trace.lines.reset(backtrace_symbols(addresses.get(), count));
+  if (trace.lines == nullptr) throw std::bad_alloc();
+  trace.count = count;
+  return trace;
+}
+
 }  // namespace
 
 std::string Demangle(const std::string& name) {
@@ -254,7 +302,7 @@ std::string Demangle(const std::string& name) {
 
 FrameParts::FrameParts(const std::string& line) {
   const Tokens tokens = SplitAtBlanks(line);
-  if (tokens.count != 6 && tokens.count != 7) {
+  if (!HasAllColumns(tokens)) {
     ReportLine(tokens.count, line);
     return;
   }
@@ -300,26 +348,30 @@ const std::string& FrameParts::GetOffset() const {
 
 // Not inlined, because its own frame is the one that is left out.
 __attribute__((noinline)) std::list<std::string> GetStackTrace(int depth) {
-  const int size = std::clamp(depth, 0, kDeepest) + 1;
-  const std::unique_ptr<void*[]> addresses(
-      new void*[static_cast<std::size_t>(size)]);
-  const int count = backtrace(addresses.get(), size);
-  if (count <= 0) return {};
-  const std::unique_ptr<char*, Free> symbols(
-      backtrace_symbols(addresses.get(), count));
-  if (symbols == nullptr) throw std::bad_alloc();
-
-  Table table(count);
+  const SystemTrace trace = DescribeStack(depth);
+  if (trace.count == 0) return {};
+  char** const lines = trace.lines.get();
+  Table table(trace.count);
   int next = 1;
-  while (next < count && table.Add(symbols.get()[next], next - 1)) ++next;
+  while (next < trace.count && table.Add(lines[next], next - 1)) ++next;
 
   [[maybe_unused]] const std::size_t positionOfName = table.PositionOfName();
   // The report names this line of this source, wherever it stands.
 #line 185
   assert(positionOfName < 140);
-#line 321
-  if (next < count) return {symbols.get() + 1, symbols.get() + count};
+#line 363
+  if (next < trace.count) return {lines + 1, lines + trace.count};
   return table.Format();
+}
+
+__attribute__((noinline)) std::vector<StackFrame> GetStackFrames(int depth) {
+  const SystemTrace trace = DescribeStack(depth);
+  std::vector<StackFrame> frames;
+  frames.reserve(static_cast<std::size_t>(trace.count));
+  for (int i = 1; i < trace.count; ++i) {
+    frames.push_back(ReadFrame(trace.lines.get()[i], i - 1));
+  }
+  return frames;
 }
 
 __attribute__((noinline)) void PrintStackTrace(int depth) {

@@ -1,8 +1,10 @@
 #include "orvo/strings.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <limits>
+#include <system_error>
 
 #include "internal/ascii.h"
 #include "internal/number_text.h"
@@ -95,6 +97,15 @@ bool IsNumber(const std::string& text, Point point) {
   if (point.IsAt(next, end)) next = SkipSpaces(next + 1, end);
   if (next != end && (*next == '-' || *next == '+')) ++next;
   return IsRestOfNumber(next, end, point);
+}
+
+template <typename Integer>
+std::optional<Integer> ParseWhole(std::string_view text) {
+  Integer number;
+  const char* const text_end = text.data() + text.size();
+  const auto [end, error] = std::from_chars(text.data(), text_end, number);
+  if (error != std::errc() || end != text_end) return std::nullopt;
+  return number;
 }
 
 // How often a text can be cut at a separator, up to a largest number.
@@ -234,6 +245,14 @@ bool ReadCheckedInteger_(const std::string& text, Integer& value) {
                                    : IsRestOfNumber(rest, end, Point(true));
   if (valid) value = number;
   return valid;
+}
+
+std::optional<long long> ParseSigned_(std::string_view text) {
+  return ParseWhole<long long>(text);
+}
+
+std::optional<unsigned long long> ParseUnsigned_(std::string_view text) {
+  return ParseWhole<unsigned long long>(text);
 }
 
 template <>

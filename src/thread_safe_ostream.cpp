@@ -3,6 +3,12 @@
 #include <iostream>
 
 namespace orvo {
+namespace {
+
+// Guarded by the mutex of thread_safe_cout.
+ScopedCoutCapture* innermostCapture = nullptr;
+
+}  // namespace
 
 ThreadSafeOStream::ThreadSafeOStream(std::ostream& stream) : stream_(&stream) {}
 
@@ -64,6 +70,48 @@ template ORVO_EXPORT CoutBuffer& CoutBuffer::operator<<(std::string) &;
 
 void RedirectCout(const std::string& path) {
   thread_safe_cout.redirect(path);
+}
+
+ScopedCoutCapture::ScopedCoutCapture() : buffer_(std::ios_base::out) {
+  const std::lock_guard<std::mutex> guard(thread_safe_cout.mutex_);
+  std::ostream& stream = *thread_safe_cout.stream_;
+  former_.state = stream.rdstate();
+  former_.buffer = stream.rdbuf(&buffer_);
+  outer_ = std::exchange(innermostCapture, this);
+}
+
+ScopedCoutCapture::~ScopedCoutCapture() {
+  const std::lock_guard<std::mutex> guard(thread_safe_cout.mutex_);
+  ScopedCoutCapture* inner = nullptr;
+  for (auto* capture = innermostCapture; capture != this;
+       capture = capture->outer_) {
+    inner = capture;
+  }
+  (inner == nullptr ? innermostCapture : inner->outer_) = outer_;
+
+  // Nobody may be left with the buffer, in whatever order things end.
+  if (thread_safe_cout.saved_buffer_ == &buffer_) {
+    thread_safe_cout.saved_buffer_ = former_.buffer;
+  } else if (inner != nullptr && inner->former_.buffer == &buffer_) {
+    inner->former_ = former_;
+  } else {
+    GiveBack_();
+  }
+}
+
+void ScopedCoutCapture::GiveBack_() const {
+  std::ostream& stream = *thread_safe_cout.stream_;
+  try {
+    stream.rdbuf(former_.buffer);
+    stream.clear(former_.state);
+  } catch (const std::ios_base::failure&) {
+    // The stream has its state back, and this is no time to complain about it.
+  }
+}
+
+std::string ScopedCoutCapture::Text() const {
+  const std::lock_guard<std::mutex> guard(thread_safe_cout.mutex_);
+  return buffer_.str();
 }
 
 }  // namespace orvo

@@ -35,7 +35,7 @@ constexpr DigitPairs kDigitPairs = MakeDigitPairs();
 
 // Takes the text form exactly as it is printed, in either letter case; leaves
 // the bytes alone if the text is anything else.
-bool ReadTextForm(const std::string& text, unsigned char* bytes) {
+bool ReadTextForm(std::string_view text, unsigned char* bytes) {
   if (text.size() != kTextSize || text[8] != '-' || text[13] != '-' ||
       text[18] != '-' || text[23] != '-') {
     return false;
@@ -84,6 +84,12 @@ UUID::UUID(const std::string& text) : UUID() {
 UUID::UUID(std::istream& stream, bool little_endian) : UUID() {
   stream.read(reinterpret_cast<char*>(bytes_), sizeof bytes_);
   if (little_endian) change_endianness();
+}
+
+std::optional<UUID> UUID::Parse(std::string_view text) {
+  UUID uuid;
+  if (!ReadTextForm(text, uuid.bytes_)) return std::nullopt;
+  return uuid;
 }
 
 void UUID::bytes(const unsigned char* network_bytes) {

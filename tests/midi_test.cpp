@@ -6,8 +6,10 @@
 #include <iomanip>
 #include <iostream>
 #include <locale>
+#include <optional>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <vector>
 
@@ -287,6 +289,85 @@ TEST(Note, IsMadeFromANumberOrAName) {
 TEST(Note, PassesTheErrorsOfANameOn) {
   EXPECT_THAT([] { Note("X1"); },
               ThrowsMessage<InvalidNoteName>("X is not a valid note name."));
+}
+
+// The number of a note, or -1 if there is none.
+int Parsed(std::string_view name) {
+  const std::optional<Note> note = orvo::midi::ParseNote(name);
+  return note ? note->GetIndex() : -1;
+}
+
+TEST(ParseNote, ReadsTheNamesOfAllNotes) {
+  for (int index = 0; index < 128; ++index) {
+    EXPECT_EQ(Parsed(kSharpNames[index]), index);
+    EXPECT_EQ(Parsed(kFlatNames[index]), index);
+  }
+}
+
+TEST(ParseNote, CountsAccidentalsFromTheLetter) {
+  const struct {
+    const char* name;
+    int index;
+  } cases[] = {
+      {"C3", 60},  {"F#4", 78}, {"Bb-1", 22}, {"Gx2", 57},
+      {"Cb3", 59}, {"B#2", 60}, {"Dbb3", 60}, {"B#-2", 12},
+  };
+  for (const auto& c : cases) EXPECT_EQ(Parsed(c.name), c.index) << c.name;
+}
+
+TEST(ParseNote, StopsAtTheEndsOfTheScale) {
+  const struct {
+    const char* name;
+    int index;
+  } cases[] = {
+      {"C-2", 0},          {"Dbb-2", 0}, {"Cb-2", -1}, {"Cbb-2", -1},
+      {"Dbb-3", -1},       {"B#-3", 0},  {"Bx-3", 1},  {"Ax-3", -1},
+      {"B-3", -1},         {"G8", 127},  {"Fx8", 127}, {"Abb8", 127},
+      {"G#8", -1},         {"Ab8", -1},  {"B8", -1},   {"Cbb9", -1},
+      {"C9", -1},          {"C20", -1},  {"C-10", -1}, {"C22", -1},
+      {"C2147483647", -1},
+  };
+  for (const auto& c : cases) EXPECT_EQ(Parsed(c.name), c.index) << c.name;
+}
+
+TEST(ParseNote, TakesANameExactlyIfItsNumberIsOnTheScale) {
+  const std::string letters = "C D EF G A B";
+  const struct {
+    const char* text;
+    int offset;
+  } accidentals[] = {{"bb", -2}, {"b", -1}, {"", 0}, {"#", 1}, {"x", 2}};
+  for (std::size_t base = 0; base < letters.size(); ++base) {
+    if (letters[base] == ' ') continue;
+    for (const auto& accidental : accidentals) {
+      for (int octave = -30; octave <= 30; ++octave) {
+        const std::string name =
+            letters[base] + (accidental.text + std::to_string(octave));
+        const int index =
+            (octave + 2) * 12 + static_cast<int>(base) + accidental.offset;
+        EXPECT_EQ(Parsed(name), index >= 0 && index <= 127 ? index : -1)
+            << name;
+      }
+    }
+  }
+}
+
+TEST(ParseNote, RejectsWhatIsTakenLeniently) {
+  for (const char* name :
+       {"C", "B", "C#", "Db", "Cbb", "C-", "C ", "C 3", "C3 ", "C+3", "C3.",
+        "C3.9", "C#.", "C-0", "C03", "C-02"}) {
+    EXPECT_EQ(Parsed(name), -1) << name;
+    EXPECT_NO_THROW(GetNoteIndex(name)) << name;
+  }
+}
+
+TEST(ParseNote, RejectsTextsThatAreNoName) {
+  EXPECT_EQ(Parsed(std::string_view()), -1);
+  EXPECT_EQ(Parsed(std::string_view("C3\0", 3)), -1);
+  for (const char* name :
+       {"", "c3", "H3", "3", "#3", " C3", "C##3", "Cb#3", "Cbbb3", "Cxx3",
+        "CB3", "C3b", "C--1", "C3C3", "Cq", "\xc4"}) {
+    EXPECT_EQ(Parsed(name), -1) << name;
+  }
 }
 
 TEST(GetAllMidiNotes, HoldsTheNumbersInAscendingOrder) {

@@ -11,6 +11,7 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <vector>
 
@@ -44,12 +45,25 @@ std::string Written(const orvo::NumericString& text) {
 namespace {
 
 using orvo::Chunk;
+using orvo::NaturalLess;
 using orvo::NumericString;
 using orvo::NumericStringCompare;
 using orvo_test::CountAllocations;
 using testing::ElementsAre;
 
+// How a model reads the number that a run of digits is.
+int ReadInt(const std::string& digits) {
+  int value = 0;
+  std::stringstream(digits) >> value;
+  return value;
+}
+std::string ReadAnySize(const std::string& digits) {
+  // Numbers of the same width have the order of their texts.
+  return std::string(2000 - digits.size(), '0') + digits;
+}
+
 // The order as its definition has it, word for word, with streams and copies.
+template <auto read>
 class Model {
  public:
   explicit Model(const std::string& text) {
@@ -74,7 +88,7 @@ class Model {
   struct Run {
     bool numeric;
     std::string text;
-    int value;
+    decltype(read("")) value;
   };
 
   static bool IsDigit(char c) {
@@ -86,9 +100,8 @@ class Model {
   }
 
   void Close(std::string* run) {
-    int value = 0;
-    if (IsDigit((*run)[0])) std::stringstream(*run) >> value;
-    runs_.push_back({IsDigit((*run)[0]), *run, value});
+    const bool numeric = IsDigit((*run)[0]);
+    runs_.push_back({numeric, *run, read(numeric ? *run : "0")});
     run->clear();
   }
 
@@ -107,7 +120,7 @@ std::vector<std::string> AllTexts(const std::string& alphabet,
 
 // Compares both forms of the order with the model, over all pairs.
 void ExpectTheOrderOfTheModel(const std::vector<std::string>& texts) {
-  const std::vector<Model> models(texts.begin(), texts.end());
+  const std::vector<Model<ReadInt>> models(texts.begin(), texts.end());
   const std::vector<NumericString> numeric(texts.begin(), texts.end());
   const NumericStringCompare compare;
   for (std::size_t i = 0; i < texts.size(); ++i) {
@@ -120,6 +133,18 @@ void ExpectTheOrderOfTheModel(const std::vector<std::string>& texts) {
       FAIL() << testing::PrintToString(texts[i])
              << (less ? " must" : " must not") << " come before "
              << testing::PrintToString(texts[j]);
+    }
+  }
+}
+
+// The same for the order of numbers of any length.
+void ExpectTheNaturalOrderOfTheModel(const std::vector<std::string>& texts) {
+  const std::vector<Model<ReadAnySize>> models(texts.begin(), texts.end());
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    for (std::size_t j = 0; j < texts.size(); ++j) {
+      ASSERT_EQ(NaturalLess()(texts[i], texts[j]), models[i] < models[j])
+          << testing::PrintToString(texts[i]) << " and "
+          << testing::PrintToString(texts[j]);
     }
   }
 }
@@ -368,13 +393,13 @@ TEST(NaturalOrder, IsThatOfTheModelBehindACommonPart) {
 
 // A relation over finitely many texts is a strict weak ordering exactly if
 // ranks stand for it.
-TEST(NaturalOrder, IsAStrictWeakOrdering) {
+template <typename Compare>
+void ExpectAStrictWeakOrdering(const Compare& compare) {
   std::vector<std::string> texts = AllTexts("019a/\xe9", 3);
   for (const char* text : {"10a", "1a", "9", "00000000000", "2147483647",
                            "2147483648", "2147483646a", "02147483648a"}) {
     texts.emplace_back(text);
   }
-  const NumericStringCompare compare;
   std::sort(texts.begin(), texts.end(), compare);
   std::vector<int> ranks(texts.size());
   for (std::size_t i = 1; i < texts.size(); ++i) {
@@ -387,6 +412,11 @@ TEST(NaturalOrder, IsAStrictWeakOrdering) {
           << testing::PrintToString(texts[j]);
     }
   }
+}
+
+TEST(NaturalOrder, IsAStrictWeakOrdering) {
+  ExpectAStrictWeakOrdering(NumericStringCompare());
+  ExpectAStrictWeakOrdering(NaturalLess());
 }
 
 TEST(NumericStringEquality, ComparesTheTextsAsGiven) {
@@ -413,6 +443,93 @@ TEST(NumericStringCompare, AllocatesNothing) {
   const NumericStringCompare compare;
   const long before = CountAllocations();
   const bool less = compare(a, b);
+  EXPECT_EQ(CountAllocations() - before, 0);
+  EXPECT_TRUE(less);
+}
+
+TEST(NaturalLess, ComparesNumbersOfAnyLength) {
+  const std::string googol = "1" + std::string(100, '0');
+  const std::string nines(100, '9');
+  const struct {
+    std::string first;
+    std::string second;
+  } cases[] = {
+      {"2147483647", "2147483648"},
+      {"99999999999a", "099999999999b"},
+      {"x18446744073709551615", "x18446744073709551616"},
+      {"9223372036854775807", "9223372036854775808"},
+      {nines, googol},
+      {"000" + nines, googol},
+      {nines, "000" + googol},
+      {"img" + googol + ".png", "img" + googol.substr(0, 100) + "1.png"},
+      {"file9", "file10"},
+      {"a", "a1"},
+      {"-5", "-10"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_TRUE(NaturalLess()(c.first, c.second)) << c.first << c.second;
+    EXPECT_FALSE(NaturalLess()(c.second, c.first)) << c.first << c.second;
+  }
+}
+
+TEST(NaturalLess, LeavesEqualNumbersTied) {
+  const std::string number = "12345678901234567890";
+  for (const std::string& same : {number, "0" + number, "0000" + number}) {
+    EXPECT_FALSE(NaturalLess()("a" + number, "a" + same));
+    EXPECT_FALSE(NaturalLess()("a" + same, "a" + number));
+    EXPECT_TRUE(NaturalLess()("a" + same + "b", "a" + number + "c"));
+  }
+  EXPECT_FALSE(NaturalLess()("0", "000"));
+  EXPECT_FALSE(NaturalLess()("000", "0"));
+  EXPECT_FALSE(NaturalLess()("", ""));
+}
+
+TEST(NaturalLess, HasTheOrderOfTheModelOverAllShortTexts) {
+  ExpectTheNaturalOrderOfTheModel(AllTexts("019a/\xe9", 3));
+  ExpectTheNaturalOrderOfTheModel(AllTexts("01a", 5));
+}
+
+TEST(NaturalLess, HasTheOrderOfTheModelOverRandomTexts) {
+  constexpr unsigned kSeed = 20261122;
+  SCOPED_TRACE(testing::Message() << "seed " << kSeed);
+  std::mt19937 random(kSeed);  // NOLINT(cert-msc*): the same in every run
+  std::vector<std::string> texts(400);
+  for (std::string& text : texts) text = RandomText(random);
+  ExpectTheNaturalOrderOfTheModel(texts);
+}
+
+TEST(NaturalLess, DiffersFromItsNeighbourOnlyBeyondTheRangeOfInt) {
+  const std::vector<std::string> texts = AllTexts("09a/", 4);
+  for (const std::string& a : texts) {
+    for (const std::string& b : texts) {
+      ASSERT_EQ(NaturalLess()(a, b), NumericStringCompare()(a, b))
+          << a << " and " << b;
+    }
+  }
+  EXPECT_TRUE(NaturalLess()("2147483647", "2147483648"));
+  EXPECT_FALSE(NumericStringCompare()("2147483647", "2147483648"));
+}
+
+TEST(NaturalLess, StopsAtTheEndOfAView) {
+  const std::string_view text = "x123";
+  EXPECT_FALSE(NaturalLess()(text.substr(0, 2), "x1"));
+  EXPECT_FALSE(NaturalLess()("x1", text.substr(0, 2)));
+  EXPECT_FALSE(NaturalLess()(std::string_view(), std::string_view()));
+}
+
+TEST(NaturalLess, OrdersContainersAndLooksUpAnyText) {
+  const std::set<std::string, NaturalLess> photos = {
+      "20261121093000", "20261121092959", "020261121092959"};
+  EXPECT_THAT(photos, ElementsAre("20261121092959", "20261121093000"));
+  EXPECT_EQ(photos.count(std::string_view("20261121093000")), 1U);
+  EXPECT_EQ(photos.count("20261121093001"), 0U);
+}
+
+TEST(NaturalLess, AllocatesNothing) {
+  const std::string a = std::string(1000, '1') + "tail";
+  const std::string b = "0" + std::string(1000, '1') + "tale";
+  const long before = CountAllocations();
+  const bool less = NaturalLess()(a, b);
   EXPECT_EQ(CountAllocations() - before, 0);
   EXPECT_TRUE(less);
 }

@@ -7,6 +7,7 @@
 #include <climits>
 #include <list>
 #include <string>
+#include <vector>
 
 #include "orvo/stacktrace.h"
 #include "tests/support/capture.h"
@@ -28,6 +29,12 @@ KEEP_FRAME std::list<std::string> TraceFurther(int depth, const std::string&) {
   std::list<std::string> trace = Trace(depth);
   ++sink;
   return trace;
+}
+
+KEEP_FRAME std::vector<orvo::StackFrame> Parts(int depth) {
+  std::vector<orvo::StackFrame> parts = orvo::GetStackFrames(depth);
+  ++sink;
+  return parts;
 }
 
 KEEP_FRAME void Print(int depth) {
@@ -64,6 +71,18 @@ TEST(Frames, BeginWithTheCallerOfGetStackTrace) {
                            "frames::Trace[^ ]*\\(int\\) \\+ [0-9]+"));
   EXPECT_THAT(trace.back(), StartsWith("1  stacktrace_frames_test  0x"));
   EXPECT_THAT(trace.back(), HasSubstr("  frames::TraceFurther"));
+}
+
+TEST(Frames, BeginWithTheCallerOfGetStackFrames) {
+  const std::vector<orvo::StackFrame> parts = frames::Parts(2);
+  ASSERT_THAT(parts, SizeIs(2));
+  EXPECT_EQ(parts[0].number, "0");
+  EXPECT_EQ(parts[0].image, "stacktrace_frames_test");
+  EXPECT_THAT(parts[0].address, MatchesRegex("0x[0-9a-f]+"));
+  EXPECT_THAT(parts[0].symbol, MatchesRegex("frames::Parts[^ ]*\\(int\\)"));
+  EXPECT_THAT(parts[0].offset, MatchesRegex("[0-9]+"));
+  EXPECT_THAT(parts[0].text, HasSubstr("stacktrace_frames_test("));
+  EXPECT_EQ(parts[1].number, "1");
 }
 
 TEST(Frames, BeginWithTheCallerOfPrintStackTrace) {

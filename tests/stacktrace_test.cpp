@@ -553,6 +553,94 @@ TEST(GetStackTrace, FallsBackWhenTheImagesOfAllLinesNeedTooMuchRoom) {
   EXPECT_EQ(output.Text(), "frameLineNoSpaces.size() = 2\n" + second + "\n");
 }
 
+// The frames with their parts between bars.
+std::vector<std::string> Frames(int depth) {
+  std::vector<std::string> frames;
+  for (const orvo::StackFrame& frame : orvo::GetStackFrames(depth)) {
+    frames.push_back(frame.number + "|" + frame.image + "|" + frame.address +
+                     "|" + frame.symbol + "|" + frame.offset + "|" +
+                     frame.text);
+  }
+  return frames;
+}
+
+TEST(GetStackFrames, CutsLinesOfBothKinds) {
+  const FakeStack stack({"1 shop 0x10f1a2b3c _Z6Accepti + 41",
+                         "2 a.so  0x2   one two + 5",
+                         "/usr/bin/shop(_Z6Accepti+0x29) [0x55d0c7a4f1e9]",
+                         "/lib/libc.so.6(+0x2724a) [0x7f3e5c62924a]"});
+  const StdoutCapture output;
+  EXPECT_THAT(Frames(20),
+              ElementsAre("0|shop|0x10f1a2b3c|Accept(int)|41|"
+                          "1 shop 0x10f1a2b3c _Z6Accepti + 41",
+                          "1|a.so|0x2|one two|5|2 a.so  0x2   one two + 5",
+                          "2|shop|0x55d0c7a4f1e9|Accept(int)|41|"
+                          "/usr/bin/shop(_Z6Accepti+0x29) [0x55d0c7a4f1e9]",
+                          "3|libc.so.6|0x7f3e5c62924a|??|160330|"
+                          "/lib/libc.so.6(+0x2724a) [0x7f3e5c62924a]"));
+  EXPECT_EQ(output.Text(), "");
+}
+
+TEST(GetStackFrames, LeavesAFrameThatCannotBeReadToItsText) {
+  const FakeStack stack({"nonsense", "2 shop 0x1 main +", "", "[0x5]",
+                         "shop(main+5) [0x5]", "6 shop 0x6 main + 6"});
+  const StdoutCapture output;
+  EXPECT_THAT(Frames(20),
+              ElementsAre("|||||nonsense", "|||||2 shop 0x1 main +", "|||||",
+                          "|||||[0x5]", "|||||shop(main+5) [0x5]",
+                          "5|shop|0x6|main|6|6 shop 0x6 main + 6"));
+  EXPECT_EQ(output.Text(), "");
+}
+
+TEST(GetStackFrames, TakesNamesOfAnyLength) {
+  const std::string name(5000, 'i');
+  const FakeStack stack(
+      {"1 " + name + " 0x1 main + 2", name + "(" + name + "+0x5) [0x1]"});
+  const StdoutCapture output;
+  EXPECT_THAT(Frames(20), ElementsAre("0|" + name + "|0x1|main|2|1 " + name +
+                                          " 0x1 main + 2",
+                                      "1|" + name + "|0x1|" + name + "|5|" +
+                                          name + "(" + name + "+0x5) [0x1]"));
+  EXPECT_EQ(output.Text(), "");
+}
+
+TEST(GetStackFrames, OffersRoomForItsOwnFrameTooWithinBounds) {
+  const FakeStack stack({"1 shop 0x1 first + 1", "2 shop 0x2 second + 2"});
+  EXPECT_THAT(Frames(INT_MIN), IsEmpty());
+  EXPECT_THAT(Frames(-1), IsEmpty());
+  EXPECT_THAT(Frames(0), IsEmpty());
+  EXPECT_THAT(Frames(1),
+              ElementsAre("0|shop|0x1|first|1|1 shop 0x1 first + 1"));
+  EXPECT_EQ(Frames(65536).size(), 2U);
+  EXPECT_EQ(Frames(INT_MAX).size(), 2U);
+  EXPECT_THAT(stack.sizes(), ElementsAre(1, 1, 1, 2, 65536, 65536));
+}
+
+TEST(GetStackFrames, IsEmptyWithoutAddresses) {
+  const ScopedHook addresses(orvo_test::backtrace_calls,
+                             [](void**, int) { return 0; });
+  EXPECT_THAT(Frames(5), IsEmpty());
+}
+
+TEST(GetStackFrames, ThrowsWhenTheSystemIsOutOfMemory) {
+  const ScopedFailure failure("backtrace_symbols", ENOMEM);
+  EXPECT_THROW(Frames(5), std::bad_alloc);
+}
+
+TEST(GetStackFrames, PassesOnThatMemoryRanOut) {
+  const FakeStack stack({"1 shop 0x1 first_function_of_the_stack + 1"});
+  int failures = 0;
+  for (bool finished = false; !finished; ++failures) {
+    const ScopedAllocationFailure failure(failures);
+    try {
+      orvo::GetStackFrames(20);
+      finished = true;
+    } catch (const std::bad_alloc&) {
+    }
+  }
+  EXPECT_GT(failures, 3);
+}
+
 TEST(PrintStackTrace, LeavesItsOwnFrameOut) {
   const FakeStack stack({"1 orvo 0x1 PrintStackTrace + 1",
                          "2 shop 0x2 main + 2", "13 shop 0x333 start + 3"});

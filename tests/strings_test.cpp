@@ -9,6 +9,7 @@
 #include <limits>
 #include <list>
 #include <locale>
+#include <optional>
 #include <random>
 #include <sstream>
 #include <stdexcept>
@@ -452,6 +453,101 @@ TEST(StringToNumber, ReadsRandomNumbersLikeAStream) {
     ExpectToReadLikeAStream<long long>(text);
     ExpectToReadLikeAStream<unsigned long long>(text);
   }
+}
+
+template <typename Integer>
+void ExpectLimits() {
+  using Limits = std::numeric_limits<Integer>;
+  const std::string lowest = std::to_string(Limits::min());
+  const std::string highest = std::to_string(Limits::max());
+  EXPECT_EQ(orvo::ParseNumber<Integer>(lowest), Limits::min());
+  EXPECT_EQ(orvo::ParseNumber<Integer>(highest), Limits::max());
+  // The last digit of a limit is never 9.
+  std::string above = highest;
+  ++above.back();
+  EXPECT_EQ(orvo::ParseNumber<Integer>(above), std::nullopt) << above;
+  std::string below = lowest == "0" ? "-1" : lowest;
+  if (lowest != "0") ++below.back();
+  EXPECT_EQ(orvo::ParseNumber<Integer>(below), std::nullopt) << below;
+  EXPECT_EQ(orvo::ParseNumber<Integer>(highest + "0"), std::nullopt);
+  EXPECT_EQ(orvo::ParseNumber<Integer>(std::string(1000, '9')), std::nullopt);
+}
+
+TEST(ParseNumber, KnowsTheLimitsOfEveryIntegerType) {
+  ExpectLimits<char>();
+  ExpectLimits<signed char>();
+  ExpectLimits<unsigned char>();
+  ExpectLimits<short>();
+  ExpectLimits<unsigned short>();
+  ExpectLimits<int>();
+  ExpectLimits<unsigned>();
+  ExpectLimits<long>();
+  ExpectLimits<unsigned long>();
+  ExpectLimits<long long>();
+  ExpectLimits<unsigned long long>();
+  ExpectLimits<wchar_t>();
+  ExpectLimits<char16_t>();
+  ExpectLimits<char32_t>();
+}
+
+template <typename Type, typename = void>
+constexpr bool kIsParsed = false;
+template <typename Type>
+constexpr bool kIsParsed<
+    Type, std::void_t<decltype(orvo::ParseNumber<Type>(std::string_view()))>> =
+    true;
+
+TEST(ParseNumber, IsForIntegersOnly) {
+  static_assert(kIsParsed<int> && kIsParsed<char>);
+  static_assert(!kIsParsed<bool> && !kIsParsed<double> &&
+                !kIsParsed<std::string>);
+}
+
+TEST(ParseNumber, TakesDigitsBehindAtMostAMinus) {
+  EXPECT_EQ(orvo::ParseNumber<int>("-42"), -42);
+  EXPECT_EQ(orvo::ParseNumber<int>(std::string("42")), 42);
+  EXPECT_EQ(orvo::ParseNumber<int>("-0"), 0);
+  EXPECT_EQ(orvo::ParseNumber<int>("007"), 7);
+  EXPECT_EQ(orvo::ParseNumber<int>("-" + std::string(1000, '0') + "7"), -7);
+  EXPECT_EQ(orvo::ParseNumber<unsigned>("0"), 0U);
+}
+
+TEST(ParseNumber, TakesNoMinusForUnsignedTypes) {
+  EXPECT_EQ(orvo::ParseNumber<unsigned>("-0"), std::nullopt);
+  EXPECT_EQ(orvo::ParseNumber<unsigned>("-1"), std::nullopt);
+}
+
+TEST(ParseNumber, ReadsTypesOfOneByteAsNumbers) {
+  EXPECT_EQ(orvo::ParseNumber<char>("65"), 'A');
+  EXPECT_EQ(orvo::ParseNumber<char>("A"), std::nullopt);
+  EXPECT_EQ(orvo::ParseNumber<signed char>("-128"), -128);
+  EXPECT_EQ(orvo::ParseNumber<unsigned char>("256"), std::nullopt);
+}
+
+TEST(ParseNumber, RejectsEverythingElse) {
+  using std::string_view_literals::operator""sv;
+  for (const std::string_view text :
+       {""sv,    " "sv,   "-"sv,     "+1"sv,  " 1"sv,   "1 "sv,  "42 "sv,
+        "1\n"sv, "1.0"sv, "1."sv,    "1e3"sv, "0x10"sv, "--1"sv, "-+1"sv,
+        "- 1"sv, "1-"sv,  "1,000"sv, "1\0"sv, "\0"sv,   "x"sv,   "\xb2"sv}) {
+    SCOPED_TRACE(testing::PrintToString(text));
+    EXPECT_EQ(orvo::ParseNumber<int>(text), std::nullopt);
+    EXPECT_EQ(orvo::ParseNumber<unsigned long long>(text), std::nullopt);
+  }
+  EXPECT_EQ(orvo::ParseNumber<int>(std::string_view()), std::nullopt);
+}
+
+TEST(ParseNumber, TakesAllShortTextsThatAModelTakes) {
+  ForEachText("-+019 .x", 4, [](const std::string& text) {
+    const bool negative = !text.empty() && text[0] == '-';
+    const std::string digits = text.substr(negative ? 1 : 0);
+    if (digits.empty() ||
+        digits.find_first_not_of("0123456789") != std::string::npos) {
+      ASSERT_EQ(orvo::ParseNumber<short>(text), std::nullopt) << text;
+    } else {
+      ASSERT_EQ(orvo::ParseNumber<short>(text), std::stoi(text)) << text;
+    }
+  });
 }
 
 TEST(GetTokenSize, IsTheLengthOfASeparator) {

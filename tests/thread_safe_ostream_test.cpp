@@ -10,6 +10,7 @@
 #include <iostream>
 #include <locale>
 #include <map>
+#include <memory>
 #include <set>
 #include <sstream>
 #include <string>
@@ -20,11 +21,13 @@
 #include "tests/support/capture.h"
 #include "tests/support/files.h"
 #include "tests/support/interpose/calls.h"
+#include "tests/support/latch.h"
 
 namespace {
 
 using orvo::CoutBuffer;
 using orvo::OutBuffer;
+using orvo::ScopedCoutCapture;
 using orvo::ThreadSafeOStream;
 using orvo_test::ReadFile;
 using orvo_test::StdoutCapture;
@@ -490,6 +493,158 @@ TEST(RedirectCout, LosesOutputToAnImpossibleFileWithoutHarm) {
                              "/missing/folder/log", "2", "10"});
   EXPECT_EQ(result.exit_status, 0) << result.errors;
   EXPECT_EQ(result.output, "");
+}
+
+TEST(ScopedCoutCapture, CatchesTheDiagnosticsAndPlainOutput) {
+  const StdoutCapture output;
+  const ScopedCoutCapture capture;
+  EXPECT_EQ(capture.Text(), "");
+  CoutBuffer() << "worker " << 7 << " is done" << orvo::endl;
+  EXPECT_EQ(capture.Text(), "worker 7 is done\n");
+  std::cout << "plain" << std::endl;
+  EXPECT_EQ(capture.Text(), "worker 7 is done\nplain\n");
+  EXPECT_EQ(output.Text(), "");
+}
+
+TEST(ScopedCoutCapture, GivesTheOutputBackAnyNumberOfTimes) {
+  std::streambuf* const own_buffer = std::cout.rdbuf();
+  for (int round = 0; round < 3; ++round) {
+    const StdoutCapture output;
+    {
+      const ScopedCoutCapture capture;
+      CoutBuffer() << "caught";
+      EXPECT_EQ(capture.Text(), "caught");
+    }
+    EXPECT_EQ(std::cout.rdbuf(), own_buffer);
+    CoutBuffer() << "written";
+    EXPECT_EQ(output.Text(), "written");
+  }
+}
+
+TEST(ScopedCoutCapture, GivesTheOutputBackWhenAnExceptionEndsIt) {
+  const StdoutCapture output;
+  try {
+    const ScopedCoutCapture capture;
+    CoutBuffer() << "caught";
+    throw std::runtime_error("failed");
+  } catch (const std::runtime_error&) {
+    CoutBuffer() << "written";
+  }
+  EXPECT_EQ(output.Text(), "written");
+}
+
+TEST(ScopedCoutCapture, LeavesTheTextToTheInnermostOne) {
+  const StdoutCapture output;
+  const ScopedCoutCapture outer;
+  CoutBuffer() << "1";
+  {
+    const ScopedCoutCapture inner;
+    CoutBuffer() << "2";
+    EXPECT_EQ(inner.Text(), "2");
+  }
+  CoutBuffer() << "3";
+  EXPECT_EQ(outer.Text(), "13");
+  EXPECT_EQ(output.Text(), "");
+}
+
+TEST(ScopedCoutCapture, MayEndInAnyOrder) {
+  std::streambuf* const own_buffer = std::cout.rdbuf();
+  const int orders[][3] = {{0, 1, 2}, {0, 2, 1}, {1, 0, 2},
+                           {1, 2, 0}, {2, 0, 1}, {2, 1, 0}};
+  for (const auto& order : orders) {
+    std::unique_ptr<ScopedCoutCapture> captures[3];
+    for (auto& capture : captures) {
+      capture = std::make_unique<ScopedCoutCapture>();
+    }
+    for (const int ended : order) {
+      captures[ended].reset();
+      if (ended == order[2]) break;
+      CoutBuffer() << "text";
+      int innermost = 2;
+      while (captures[innermost] == nullptr) --innermost;
+      EXPECT_THAT(captures[innermost]->Text(), testing::EndsWith("text"));
+    }
+    EXPECT_EQ(std::cout.rdbuf(), own_buffer);
+  }
+}
+
+TEST(ScopedCoutCapture, TakesAForeignBufferAway) {
+  std::streambuf* const own_buffer = std::cout.rdbuf();
+  std::ostringstream foreign;
+  {
+    const ScopedCoutCapture capture;
+    std::cout.rdbuf(foreign.rdbuf());
+  }
+  EXPECT_EQ(std::cout.rdbuf(), own_buffer);
+}
+
+TEST(ScopedCoutCapture, CatchesWhatAFailedStreamWouldLoseAndKeepsItsState) {
+  std::cout.setstate(std::ios_base::failbit);
+  {
+    const ScopedCoutCapture capture;
+    CoutBuffer() << "caught";
+    EXPECT_EQ(capture.Text(), "caught");
+    std::cout.setstate(std::ios_base::badbit);
+  }
+  const std::ios_base::iostate state = std::cout.rdstate();
+  std::cout.clear();
+  EXPECT_EQ(state, std::ios_base::failbit);
+}
+
+TEST(ScopedCoutCapture, EndsInPeaceWhereTheStreamThrowsForItsState) {
+  std::streambuf* const own_buffer = std::cout.rdbuf();
+  std::cout.setstate(std::ios_base::badbit);
+  {
+    const ScopedCoutCapture capture;
+    std::cout.exceptions(std::ios_base::badbit);
+  }
+  const std::ios_base::iostate state = std::cout.rdstate();
+  std::cout.clear();
+  std::cout.exceptions(std::ios_base::goodbit);
+  EXPECT_EQ(state, std::ios_base::badbit);
+  EXPECT_EQ(std::cout.rdbuf(), own_buffer);
+}
+
+TEST(ScopedCoutCapture, KeepsLinesOfManyThreadsWhole) {
+  const ScopedCoutCapture capture;
+  WriteFromManyThreads();
+  ExpectWholeLines(capture.Text(), kThreads, kMessages);
+}
+
+TEST(ScopedCoutCapture, BeginsAndEndsWhileOthersWrite) {
+  const ScopedCoutCapture outer;
+  orvo_test::Latch start(2);
+  std::thread writer([&] {
+    start.Arrive();
+    for (int i = 0; i < kMessages; ++i) CoutBuffer() << "x";
+  });
+  start.Arrive();
+  for (int i = 0; i < 100; ++i) {
+    const ScopedCoutCapture inner;
+    inner.Text();
+  }
+  writer.join();
+  EXPECT_EQ(outer.Text().find_first_not_of('x'), std::string::npos);
+}
+
+TEST(ScopedCoutCapture, WorksBehindARedirection) {
+  const TemporaryFolder folder;
+  const orvo_test::ProgramResult result = orvo_test::RunProgram(
+      {orvo_test::ProgramPath("captured_output"), folder / "log", "before"});
+  EXPECT_EQ(result.exit_status, 0);
+  EXPECT_EQ(result.errors, "second\nthird\n");
+  EXPECT_EQ(result.output, "");
+  EXPECT_EQ(ReadFile(folder / "log"), "first\nfourth\n");
+}
+
+TEST(ScopedCoutCapture, LeavesTheOutputToARedirectionMeanwhile) {
+  const TemporaryFolder folder;
+  const orvo_test::ProgramResult result = orvo_test::RunProgram(
+      {orvo_test::ProgramPath("captured_output"), folder / "log", "meanwhile"});
+  EXPECT_EQ(result.exit_status, 0);
+  EXPECT_EQ(result.errors, "second\n");
+  EXPECT_EQ(result.output, "first\n");
+  EXPECT_EQ(ReadFile(folder / "log"), "third\nfourth\n");
 }
 
 }  // namespace

@@ -4,13 +4,16 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <iomanip>
 #include <locale>
+#include <optional>
 #include <random>
 #include <set>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <unordered_set>
 
@@ -94,6 +97,57 @@ TEST(UUID, PrintsEveryByteInTwoDigits) {
 TEST(UUID, ParsesItsOwnText) {
   EXPECT_EQ(Parse(kText), kText);
   EXPECT_EQ(Parse("12345678-9ABC-DEF0-0123-456789ABCDEF"), kText);
+}
+
+TEST(UUIDParse, TakesTheTextFormInEitherLetterCase) {
+  for (const char* text : {kText, "12345678-9ABC-DEF0-0123-456789ABCDEF",
+                           "12345678-9aBc-DeF0-0123-456789AbCdEf"}) {
+    EXPECT_EQ(UUID::Parse(text), UUID(kBytes)) << text;
+  }
+  EXPECT_EQ(UUID::Parse(std::string(kText)), UUID(kBytes));
+  EXPECT_EQ(UUID::Parse(std::string_view(kText)), UUID(kBytes));
+}
+
+TEST(UUIDParse, RejectsWhatIsTakenLeniently) {
+  for (const char* text : {
+           "1-2-3-4-5",
+           "0x345678-9abc-def0-0123-456789abcdef",
+           " 2345678-9abc-def0-0123-456789abcdef",
+           " 12345678-9abc-def0-0123-456789abcdef",
+           "12345678-9abc-def0-0123-456789abcdef ",
+           "12345678-9abc-def0-0123-456789abcdef-",
+           "12345678-9abc-def0-0123-456789abcde",
+           "123456789-abc-def0-0123-456789abcdef",
+           "{2345678-9abc-def0-0123-456789abcde}",
+           "12345678-9abc-def0-0123-456789abcdeg",
+       }) {
+    EXPECT_EQ(UUID::Parse(text), std::nullopt) << text;
+  }
+}
+
+TEST(UUIDParse, RejectsTextsThatAreNoUUID) {
+  EXPECT_EQ(UUID::Parse(""), std::nullopt);
+  EXPECT_EQ(UUID::Parse(std::string_view()), std::nullopt);
+  EXPECT_EQ(UUID::Parse("{12345678-9abc-def0-0123-456789abcdef}"),
+            std::nullopt);
+  EXPECT_EQ(UUID::Parse("12345678_9abc_def0_0123_456789abcdef"), std::nullopt);
+  EXPECT_EQ(UUID::Parse(std::string(36, '-')), std::nullopt);
+  EXPECT_EQ(UUID::Parse(std::string(kText) + '\0'), std::nullopt);
+}
+
+TEST(UUIDParse, LooksAtEveryCharacter) {
+  for (std::size_t place = 0; place < 36; ++place) {
+    const bool is_hyphen = kText[place] == '-';
+    for (int code = 0; code < 256; ++code) {
+      std::string text = kText;
+      text[place] = static_cast<char>(code);
+      const bool is_digit =
+          code != 0 && std::strchr("0123456789abcdefABCDEF", code) != nullptr;
+      ASSERT_EQ(UUID::Parse(text).has_value(),
+                is_hyphen ? code == '-' : is_digit)
+          << place << " " << code;
+    }
+  }
 }
 
 TEST(UUID, ReplacesItsValueByATextsValue) {

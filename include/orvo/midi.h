@@ -18,7 +18,9 @@
 /// Every function may be called from any thread at once; the one that prints
 /// writes to std::cout without a lock.
 
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "orvo/errors.h"  // IWYU pragma: export
@@ -51,7 +53,8 @@ ORVO_EXPORT int GetOctaveFromString(const std::string& text);
 ///
 /// Kept on purpose: a single letter ignores octaves, so that "C" is 0 where
 /// "C0" is 24; an accidental without an octave means octave 0. The number is
-/// cut to 8 bits instead of checked: "Cb-2" is 255 and "C20" is 8.
+/// cut to 8 bits instead of checked: "Cb-2" is 255 and "C20" is 8. ParseNote()
+/// takes names of MIDI notes only.
 ///
 /// @throws InvalidNoteName  Says which part of the name is wrong.
 ORVO_EXPORT unsigned char GetNoteIndex(const std::string& name);
@@ -72,6 +75,8 @@ class ORVO_EXPORT Note {
   ORVO_EXPORT_INLINE constexpr explicit Note(unsigned char index)
       : index_(index) {}
 
+  /// As lenient as GetNoteIndex(); ParseNote() is strict.
+  ///
   /// @throws InvalidNoteName  As GetNoteIndex() throws it.
   explicit Note(const std::string& name);
 
@@ -90,6 +95,22 @@ class ORVO_EXPORT Note {
  private:
   unsigned char index_;
 };
+
+/// The note that a text names, if it is exactly the name of one of the notes 0
+/// to 127: a letter from "A" to "G", at most one accidental, and an octave from
+/// "-3" to "8" without a "+" or zeros in front.
+///
+/// A name belongs to the octave of its letter, so that "Cb3" is the note below
+/// "C3", and "B#-3" is note 0.
+///
+/// @code
+/// orvo::midi::ParseNote("F#4")->GetIndex();  // 78
+/// orvo::midi::ParseNote("C");                // nothing: no octave
+/// orvo::midi::ParseNote("Cb-2");             // nothing: below note 0
+/// @endcode
+///
+/// @return  Nothing for any other text, also where GetNoteIndex() takes it.
+ORVO_EXPORT std::optional<Note> ParseNote(std::string_view name);
 
 /// The notes 0 to 127 in ascending order.
 ORVO_EXPORT std::vector<Note> GetAllMidiNotes();

@@ -17,6 +17,7 @@
 #include <cstddef>
 #include <iosfwd>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "orvo/export.h"
@@ -63,7 +64,8 @@ class ORVO_EXPORT NumericString {
   /// Whether this text comes first in natural order.
   ///
   /// Kept on purpose: "x007" and "x7" are neither less than nor equal to each
-  /// other. Order with `<`, identify with `==`.
+  /// other, and neither are numbers beyond the range of `int`, which
+  /// NaturalLess tells apart. Order with `<`, identify with `==`.
   bool operator<(const NumericString& other) const;
 
   /// Whether the texts are the same to the byte.
@@ -86,7 +88,8 @@ class ORVO_EXPORT NumericString {
 /// Natural order of plain strings, for sorted containers and sorts.
 ///
 /// Allocates nothing. Texts that tie, such as "x007" and "x7", are one key of
-/// a std::map or std::set.
+/// a std::map or std::set. So are texts whose numbers are beyond the range of
+/// `int` and differ in nothing else; NaturalLess tells them apart.
 class ORVO_EXPORT NumericStringCompare {
  public:
   /// Whether `NumericString(a) < NumericString(b)`.
@@ -102,6 +105,28 @@ class ORVO_EXPORT NumericStringCompare {
 
  private:
   static bool ComesBefore_(const std::string& a, const std::string& b);
+};
+
+/// Natural order with numbers of any length, for sorted containers and sorts.
+///
+/// Differs from NumericStringCompare only where numbers are beyond the range of
+/// `int`, which tie there: here every number counts with its full value. Zeros
+/// in front do not, so that "x007" and "x7" tie here too.
+///
+/// @code
+/// std::set<std::string, orvo::NaturalLess> photos = {"20261121093000",
+///                                                    "20261121092959"};
+/// *photos.begin();                 // "20261121092959"
+/// photos.count("20261121093000");  // 1, found without making a string of it
+/// @endcode
+///
+/// Allocates nothing, and takes time in proportion to the texts.
+class ORVO_EXPORT NaturalLess {
+ public:
+  using is_transparent = void;
+
+  /// Whether @p a comes before @p b.
+  bool operator()(std::string_view a, std::string_view b) const;
 };
 
 }  // namespace orvo

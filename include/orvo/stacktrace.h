@@ -32,6 +32,7 @@
 
 #include <list>
 #include <string>
+#include <vector>
 
 #include "orvo/export.h"
 
@@ -95,12 +96,41 @@ class ORVO_EXPORT FrameParts {
 /// reach beyond column 140 continues on further lines of the same text, below
 /// its beginning. If a frame cannot be read, or its image name leaves no room
 /// for symbols, that is reported on std::cout, and all frames are returned as
-/// the system describes them.
+/// the system describes them. GetStackFrames() reads each frame on its own and
+/// prints nothing.
 ///
 /// @param depth  The largest number of frames; a negative one counts as 0, and
 ///               frames beyond the 65535th are left out.
 /// @return       Empty if there are no frames.
 ORVO_EXPORT std::list<std::string> GetStackTrace(int depth);
+
+/// One frame of a stack, cut into its parts. All but the last are empty if the
+/// frame cannot be read.
+struct StackFrame {
+  std::string number;   ///< As GetStackTrace() counts: "0" for its caller.
+  std::string image;    ///< The base name of the program or library.
+  std::string address;  ///< The return address: "0x" and hexadecimal digits.
+  std::string symbol;   ///< The function, demangled; "??" if it has no name.
+  std::string offset;   ///< The decimal distance from the function's start.
+  std::string text;     ///< The frame as the system describes it.
+};
+
+/// The calling thread's stack in parts, for programs that lay out, filter or
+/// store it themselves; the caller of this function comes first.
+///
+/// The frames are read as by GetStackTrace(), but nothing is printed, names of
+/// any length are taken, and a frame that cannot be read does not spoil the
+/// others.
+///
+/// @code
+/// for (const orvo::StackFrame& frame : orvo::GetStackFrames(10)) {
+///   log << (frame.symbol.empty() ? frame.text : frame.symbol) << '\n';
+/// }
+/// @endcode
+///
+/// @param depth  As for GetStackTrace().
+/// @return       Empty if there are no frames .
+ORVO_EXPORT std::vector<StackFrame> GetStackFrames(int depth);
 
 /// Prints the calling thread's stack through a CoutBuffer, in one piece: an
 /// empty line, "stack trace:", and a line for each frame, the caller of this

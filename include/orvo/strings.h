@@ -21,7 +21,9 @@
 #include <deque>
 #include <initializer_list>
 #include <iterator>
+#include <limits>
 #include <locale>
+#include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -142,7 +144,8 @@ void ReadFromStream_(const std::string& text, Value& value) {
 ///
 /// @param value  Untouched if the result is false or the text is blank.
 /// @return       Whether the text has the form of a number. Kept on purpose:
-///               blank text and a lone sign or point have it.
+///               blank text and a lone sign or point have it. ParseNumber()
+///               takes nothing but exact integers.
 template <typename Number>
 bool StringToNumber(const std::string& text, Number& value) {
   if constexpr (is_integer_text_<Number>) {
@@ -156,7 +159,7 @@ bool StringToNumber(const std::string& text, Number& value) {
 }
 
 /// The number at the front of a text, read as a stream reads it; nothing is
-/// checked or reported.
+/// checked or reported. ParseNumber() checks everything.
 ///
 /// @return  0 if there is no number, the nearest limit if it is out of range.
 template <typename Number>
@@ -168,6 +171,49 @@ Number StringToNumber(const std::string& text) {
     ReadFromStream_(text, value);
   }
   return value;
+}
+
+/// @cond
+template <typename Integer>
+using RequireInteger_ = std::enable_if_t<std::is_integral_v<Integer> &&
+                                         !std::is_same_v<Integer, bool>>;
+
+// ParseNumber() for the widest types.
+ORVO_EXPORT std::optional<long long> ParseSigned_(std::string_view text);
+ORVO_EXPORT std::optional<unsigned long long> ParseUnsigned_(
+    std::string_view text);
+/// @endcond
+
+/// The integer that a text is, if it is exactly that: decimal digits, with at
+/// most a "-" in front where @p Integer is signed.
+///
+/// Nothing else is accepted: no "+", no spaces, no point, no prefix and no
+/// empty text. Zeros in front do not matter, and "-0" is 0.
+///
+/// @code
+/// orvo::ParseNumber<int>("-42");            // -42
+/// orvo::ParseNumber<int>("42 ");            // nothing
+/// orvo::ParseNumber<unsigned char>("256");  // nothing: out of range
+/// const int width = orvo::ParseNumber<int>(argument).value_or(80);
+/// @endcode
+///
+/// @tparam Integer  Any integer type but bool; those of one byte are numbers
+///                  too, so that "7" is 7 and not a letter.
+/// @return          Nothing for any other text and for a number out of range.
+template <typename Integer, typename = RequireInteger_<Integer>>
+std::optional<Integer> ParseNumber(std::string_view text) {
+  using Limits = std::numeric_limits<Integer>;
+  if constexpr (std::is_signed_v<Integer>) {
+    const std::optional<long long> number = ParseSigned_(text);
+    if (!number || *number < Limits::min() || *number > Limits::max()) {
+      return std::nullopt;
+    }
+    return static_cast<Integer>(*number);
+  } else {
+    const std::optional<unsigned long long> number = ParseUnsigned_(text);
+    if (!number || *number > Limits::max()) return std::nullopt;
+    return static_cast<Integer>(*number);
+  }
 }
 
 /// The length of a separator.

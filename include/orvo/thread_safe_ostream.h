@@ -20,6 +20,7 @@
 #include <mutex>
 #include <ostream>
 #include <sstream>
+#include <streambuf>
 #include <string>
 #include <utility>
 
@@ -58,9 +59,12 @@ class ORVO_EXPORT ThreadSafeOStream {
   /// If the file cannot be opened, later output is lost and the target is in a
   /// failed state; a second call fails to open, and the target does not get
   /// its own buffer back at destruction. Two calls at once race on the file.
+  /// Tests that only want to see the output take a ScopedCoutCapture.
   void redirect(const std::string& path);
 
  private:
+  friend class ScopedCoutCapture;
+
   std::mutex mutex_;
   std::ostream* stream_;
   std::streambuf* saved_buffer_ = nullptr;
@@ -213,8 +217,53 @@ ORVO_EXPORT CoutBuffer& operator<<(CoutBuffer&& buffer,
 
 /// Sends what the process writes to std::cout to the file at @p path instead.
 ///
+/// Works once; a ScopedCoutCapture works any number of times.
+///
 /// @see ThreadSafeOStream::redirect for what happens when that fails.
 ORVO_EXPORT void RedirectCout(const std::string& path);
+
+/// Catches in memory what is written to thread_safe_cout, and to std::cout
+/// directly, for the tests of an application.
+///
+/// @code
+/// const orvo::ScopedCoutCapture capture;
+/// RunWorker();
+/// EXPECT_EQ(capture.Text(), "worker 7 is done\n");
+/// @endcode
+///
+/// The end of its life gives the stream back the buffer and the error state
+/// that it had, also when an exception ends it; formatting flags stay as they
+/// are. Captures may follow and contain each other, and the innermost one gets
+/// the text. It does not matter whether RedirectCout() was called before, and
+/// a call meanwhile takes effect at once and stays.
+///
+/// Any thread may make, read or end a capture while others write through
+/// thread_safe_cout: the stream's buffer is exchanged under its mutex. Text
+/// that threads write to std::cout directly, or through printf(), has no such
+/// protection; the latter is not captured.
+class ORVO_EXPORT ScopedCoutCapture {
+ public:
+  ScopedCoutCapture();
+  ScopedCoutCapture(const ScopedCoutCapture&) = delete;
+  ScopedCoutCapture& operator=(const ScopedCoutCapture&) = delete;
+  ~ScopedCoutCapture();
+
+  /// What was written so far.
+  std::string Text() const;
+
+ private:
+  // What the stream gets back.
+  struct Former {
+    std::streambuf* buffer;
+    std::ios_base::iostate state;
+  };
+
+  void GiveBack_() const;
+
+  std::stringbuf buffer_;
+  Former former_;             // guarded by the stream's mutex
+  ScopedCoutCapture* outer_;  // guarded by the stream's mutex
+};
 
 }  // namespace orvo
 

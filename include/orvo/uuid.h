@@ -18,7 +18,9 @@
 #include <cstring>
 #include <functional>
 #include <iosfwd>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "orvo/export.h"
 
@@ -46,6 +48,17 @@ class ORVO_EXPORT UUID {
   /// @param little_endian  Whether they are in the little-endian layout.
   UUID(std::istream& stream, bool little_endian);
 
+  /// The UUID that a text is, if it has exactly the text form: 36 characters,
+  /// digits in either letter case, nothing around them.
+  ///
+  /// @code
+  /// if (const auto id = orvo::UUID::Parse(argument)) Open(*id);
+  /// orvo::UUID::Parse("1-2-3-4-5");  // nothing
+  /// @endcode
+  ///
+  /// @return  Nothing for any other text, also where uuid_string() takes it.
+  static std::optional<UUID> Parse(std::string_view text);
+
   /// Takes a new value from 16 bytes in network order.
   void bytes(const unsigned char* network_bytes);
 
@@ -62,7 +75,8 @@ class ORVO_EXPORT UUID {
   /// have spaces around it, "0x" in front and any number of digits, a group
   /// without digits is 0, and what follows the fifth group is ignored. A group
   /// that is too large counts as the largest number of 32 bits (the first) or
-  /// 16 bits (the next three); of the fifth the low 48 bits are taken.
+  /// 16 bits (the next three); of the fifth the low 48 bits are taken. Parse()
+  /// takes nothing but the text form.
   ///
   /// @throws std::out_of_range  There are fewer than five groups. Those that
   ///                            are there have been taken.
