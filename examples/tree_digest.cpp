@@ -42,7 +42,8 @@ std::string Digest(const std::string& path) {
     content.append(part, static_cast<std::size_t>(file.gcount()));
   }
   if (!file.is_open() || file.bad()) {
-    throw std::runtime_error(path + ": " + orvo::errmsg(errno).c_str());
+    throw std::runtime_error(
+        orvo::format("%s: %s", path.c_str(), orvo::errmsg(errno).c_str()));
   }
   return orvo::format("%016lx %9zu  %s",
                       orvo::hash(content.data(), content.size()),
