@@ -495,6 +495,21 @@ TEST(Listdir, ThrowsTheSystemsTextAlone) {
               ThrowsMessage<orvo::BadDir>("Too many open files"));
 }
 
+TEST(Listdir, KeepsTheErrorWhileItMakesAnException) {
+  const TemporaryFolder folder;
+  const std::string missing = folder / "missing";
+  bool changed = false;
+  const ScopedHook hook(
+      orvo_test::cxa_allocate_exception_calls, [&](std::size_t size) {
+        changed = true;
+        errno = EINVAL;
+        return orvo_test::cxa_allocate_exception_calls.Real(size);
+      });
+  EXPECT_THAT([&] { listdir(missing); },
+              ThrowsMessage<orvo::BadDir>("No such file or directory"));
+  EXPECT_TRUE(changed);
+}
+
 TEST(Listdir, TakesAFailureOfReadingForTheEnd) {
   const TemporaryFolder folder;
   WriteFile(folder / "a", "");

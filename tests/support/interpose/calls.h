@@ -42,6 +42,7 @@ extern Interposed<int(void**, int)> backtrace_calls;
 extern Interposed<char**(void* const*, int)> backtrace_symbols_calls;
 extern Interposed<int(clockid_t, timespec*)> clock_gettime_calls;
 extern Interposed<int(DIR*)> closedir_calls;
+extern Interposed<void*(std::size_t)> cxa_allocate_exception_calls;
 extern Interposed<char*(const char*, char*, std::size_t*, int*)>
     cxa_demangle_calls;
 extern Interposed<std::tm*(const std::time_t*, std::tm*)> gmtime_r_calls;
