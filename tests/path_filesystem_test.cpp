@@ -37,6 +37,10 @@ using testing::IsEmpty;
 using testing::ThrowsMessage;
 using testing::UnorderedElementsAre;
 
+// What an initialiser of this program sees, before main() has begun.
+const std::map<int, std::string> explanations_before_main =
+    orvo::path::mkdirErrorsByErrno;
+
 // Counts the calls of a system function while it lives.
 template <typename Signature>
 class CallCounter;
@@ -190,6 +194,7 @@ TEST(MkdirErrorsByErrno, HoldsNineExplanations) {
       {EROFS, "The parent directory resides on a read-only file system."},
   };
   EXPECT_EQ(orvo::path::mkdirErrorsByErrno, explanations);
+  EXPECT_EQ(explanations_before_main, explanations);
   EXPECT_EQ(explanations.size(), 9U);
 }
 
