@@ -180,6 +180,19 @@ TEST(HexStringToNumber, NegatesAfterAMinusSign) {
   EXPECT_EQ(HexStringToNumber<std::uint32_t>("+12"), 0x12U);
 }
 
+TEST(HexStringToNumber, IgnoresTheLocaleOfTheApplication) {
+  struct Grouping : std::numpunct<char> {
+    char do_thousands_sep() const override { return ','; }
+    std::string do_grouping() const override { return "\3"; }
+  };
+  const std::locale saved =
+      std::locale::global(std::locale(std::locale::classic(), new Grouping));
+  EXPECT_EQ(HexStringToNumber<std::uint32_t>("12345678"), 0x12345678U);
+  EXPECT_EQ(HexStringToNumber<std::uint32_t>(" 0x12345678 "), 0x12345678U);
+  EXPECT_EQ(HexStringToNumber<std::uint32_t>("1,234"), 1U);
+  std::locale::global(saved);
+}
+
 // What the result has to be: the standard's own extraction.
 template <typename T>
 T ExtractFromStream(const std::string& text) {

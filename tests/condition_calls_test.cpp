@@ -13,6 +13,7 @@
 #include "tests/support/capture.h"
 #include "tests/support/interpose/calls.h"
 #include "tests/support/recording_lock.h"
+#include "tests/support/source_lines.h"
 
 namespace {
 
@@ -133,14 +134,14 @@ TEST_F(ConditionCalls, NameTheFunctionAndItsPlaceToTheLock) {
       {"Signal", [this] { condition_.Signal(lock_); }},
       {"Broadcast", [this] { condition_.Broadcast(lock_); }},
   };
-  int previous_line = 0;
   for (const auto& c : cases) {
     SCOPED_TRACE(c.function);
+    const std::string quoted = '"' + std::string(c.function) + '"';
     c.call();
     EXPECT_EQ(lock_.function(), c.function);
     EXPECT_THAT(lock_.file(), EndsWith("condition.cpp"));
-    EXPECT_GT(lock_.line(), previous_line);
-    previous_line = lock_.line();
+    EXPECT_EQ(lock_.line(),
+              orvo_test::ReportedLine("src/condition.cpp", quoted));
   }
 }
 

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <climits>
+#include <ctime>
 #include <functional>
 #include <stdexcept>
 #include <thread>
@@ -48,6 +50,26 @@ TEST(Condition, ReportsATimeOutAtOnceWhenTheDeadlineHasPassed) {
     EXPECT_TRUE(IsFree(lock));
   }
   EXPECT_EQ(output.Text(), "");
+}
+
+TEST(Condition, TimesOutWhenTheWallClockReachesTheDeadline) {
+  orvo::Condition condition;
+  orvo::Lock lock("a lock");
+  using std::chrono::system_clock;
+  const auto earliest = system_clock::from_time_t(std::time(nullptr) + 1);
+  EXPECT_FALSE(condition.TimedWait(lock, 1));
+  EXPECT_GE(system_clock::now(), earliest);
+  // However busy the machine is.
+  EXPECT_LT(system_clock::now(), earliest + std::chrono::minutes(1));
+}
+
+TEST(Condition, NamesItsPlaceWhileTheProcessExits) {
+  const orvo_test::ProgramResult result =
+      orvo_test::RunProgram({orvo_test::ProgramPath("signal_at_exit")});
+  EXPECT_EQ(result.exit_status, 0) << result.errors;
+  EXPECT_THAT(result.output,
+              testing::MatchesRegex("Signal [^\n]*condition.cpp\n"
+                                    "Signal [^\n]*condition.cpp\n"));
 }
 
 TEST(Condition, HoldsTheLockAgainAfterATimeOut) {

@@ -187,6 +187,40 @@ TYPED_TEST(DebugLockFailures, OfTheReleaseAreIgnored) {
   EXPECT_EQ(lock.owner(), std::thread::id());
 }
 
+TEST(DebugLock, ForgetsItsOwnerBeforeItReleasesItsMutex) {
+  OpenBooks<orvo::DebugLockImpl_> lock("orders");
+  std::vector<std::thread::id> owners;
+  const ScopedHook hook(
+      orvo_test::pthread_mutex_unlock_calls, [&](pthread_mutex_t* mutex) {
+        if (mutex == lock.get_mutex()) owners.push_back(lock.owner());
+        return orvo_test::pthread_mutex_unlock_calls.Real(mutex);
+      });
+  lock.lock();
+  lock.unlock();
+  EXPECT_THAT(owners, ElementsAre(std::thread::id()));
+}
+
+TEST(DebugRLock, ReleasesItsMutexBeforeItCountsDown) {
+  OpenBooks<orvo::DebugRLockImpl_> lock("tree");
+  const std::thread::id self = std::this_thread::get_id();
+  std::vector<int> counts;
+  std::vector<std::thread::id> owners;
+  const ScopedHook hook(
+      orvo_test::pthread_mutex_unlock_calls, [&](pthread_mutex_t* mutex) {
+        if (mutex == lock.get_mutex()) {
+          counts.push_back(lock.GetCount(self));
+          owners.push_back(lock.owner());
+        }
+        return orvo_test::pthread_mutex_unlock_calls.Real(mutex);
+      });
+  lock.lock();
+  lock.lock();
+  lock.unlock();
+  lock.unlock();
+  EXPECT_THAT(counts, ElementsAre(2, 1));
+  EXPECT_THAT(owners, ElementsAre(self, self));
+}
+
 TEST(DebugRLock, MakesItsMutexRecursive) {
   std::vector<int> types;
   const ScopedHook hook(

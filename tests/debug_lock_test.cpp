@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <ctime>
+#include <functional>
 #include <memory>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -15,11 +17,13 @@
 #include "orvo/orvo_lock_debug.h"
 #include "orvo/scope_lock.h"
 #include "orvo/thread_names.h"
+#include "tests/support/allocations.h"
 #include "tests/support/capture.h"
 #include "tests/support/debug_locks.h"
 #include "tests/support/holder.h"
 #include "tests/support/interpose/calls.h"
 #include "tests/support/latch.h"
+#include "tests/support/source_lines.h"
 #include "tests/support/virtual_slot.h"
 
 namespace {
@@ -28,6 +32,7 @@ using orvo_test::Holder;
 using orvo_test::kPollsPerBanner;
 using orvo_test::Latch;
 using orvo_test::Pieces;
+using orvo_test::ScopedAllocationFailure;
 using orvo_test::ScopedHook;
 using orvo_test::StdoutCapture;
 using orvo_test::VirtualSlot;
@@ -348,6 +353,47 @@ TEST_F(DebugLockTest, TakesAnyNumberOfReferences) {
   EXPECT_EQ(lock_.owner(), nobody_);
 }
 
+TEST_F(DebugLockTest, NeedsNoMemoryToBeTaken) {
+  const ScopedAllocationFailure failure;
+  lock_.lock();
+  lock_.unlock();
+  EXPECT_TRUE(lock_.try_lock());
+  lock_.unlock();
+}
+
+TEST_F(DebugLockTest, StaysUsableWhenMemoryRunsOut) {
+  const std::string function = "AddOrder";
+  const std::string file = "shop/a long name of a file.cpp";
+  const struct {
+    const char* what;
+    std::function<void()> call;
+  } cases[] = {
+      {"SetPendingLockingCodeReference",
+       [&] { lock_.SetPendingLockingCodeReference(function, file, 1); }},
+      {"LockWithFilenameAndLineNumber",
+       [&] {
+         lock_.LockWithFilenameAndLineNumber(function, file, 1);
+         lock_.unlock();
+       }},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    int failures = 0;
+    for (bool finished = false; !finished; ++failures) {
+      try {
+        const ScopedAllocationFailure failure(failures);
+        c.call();
+        finished = true;
+      } catch (const std::bad_alloc&) {
+      }
+      EXPECT_EQ(lock_.owner(), nobody_);
+      const Holder<DebugLock> holder(lock_);
+      EXPECT_EQ(lock_.owner(), holder.id());
+    }
+    EXPECT_GT(failures, 1);
+  }
+}
+
 TEST_F(DebugLockTest, TriesTheMutexDirectly) {
   NotedLock lock("orders");
   EXPECT_TRUE(lock.try_lock());
@@ -448,16 +494,22 @@ TEST_F(DebugLockDeathTest, EndsTheProcessAtTheEndOfAWaitOnAnOwnedLock) {
 
 #else
 
-using testing::MatchesRegex;
+// A report of the debug locks with the number of its own line.
+std::string Report(const std::string& text) {
+  return "Would have thrown. " + text + " line: " +
+         std::to_string(
+             orvo_test::ReportedLine("src/orvo_lock_debug.cpp", text)) +
+         "\n";
+}
 
 TEST_F(DebugLockTest, ReportsASecondAnnouncementAndGoesOn) {
   lock_.lock();
   lock_.SetWaitWillUnlock(true, "a.cpp", 1);
   const Pieces output;
   lock_.SetWaitWillUnlock(true, "a.cpp", 2);
-  EXPECT_THAT(output.all(), ElementsAre(MatchesRegex(
-                                "Would have thrown. waitWillUnlock was "
-                                "previously set to true. line: [0-9]+\n")));
+  EXPECT_THAT(
+      output.all(),
+      ElementsAre(Report("waitWillUnlock was previously set to true.")));
   EXPECT_TRUE(lock_.GetWaitWillUnlock(self_));
   EXPECT_EQ(lock_.owner(), self_);
   lock_.unlock();
@@ -468,9 +520,8 @@ TEST_F(DebugLockTest, ReportsAWaitWithoutTheLockAndGoesOn) {
   lock_.SetWaitWillUnlock(true, "a.cpp", 1);
   EXPECT_THAT(
       output.all(),
-      ElementsAre(MatchesRegex("Would have thrown. SetWaitWillUnlock\\(true\\) "
-                               "was called without owning the lock. line: "
-                               "[0-9]+\n")));
+      ElementsAre(Report(
+          "SetWaitWillUnlock(true) was called without owning the lock.")));
   EXPECT_TRUE(lock_.GetWaitWillUnlock(self_));
   EXPECT_EQ(lock_.owner(), self_);
 }
@@ -478,9 +529,9 @@ TEST_F(DebugLockTest, ReportsAWaitWithoutTheLockAndGoesOn) {
 TEST_F(DebugLockTest, ReportsTheEndOfAWaitNeverAnnouncedAndGoesOn) {
   const Pieces output;
   lock_.SetWaitWillUnlock(false, "a.cpp", 1);
-  EXPECT_THAT(output.all(), ElementsAre(MatchesRegex(
-                                "Would have thrown. waitWillUnlock was "
-                                "previously set to false. line: [0-9]+\n")));
+  EXPECT_THAT(
+      output.all(),
+      ElementsAre(Report("waitWillUnlock was previously set to false.")));
   EXPECT_FALSE(lock_.GetWaitWillUnlock(self_));
   EXPECT_EQ(lock_.owner(), self_);
 }
@@ -491,9 +542,8 @@ TEST_F(DebugLockTest, ReportsTheEndOfAWaitOnAnOwnedLockAndGoesOn) {
   const Pieces output;
   lock_.SetWaitWillUnlock(false, "a.cpp", 2);
   EXPECT_THAT(output.all(),
-              ElementsAre(MatchesRegex(
-                  "Would have thrown. SetWaitWillUnlock\\(false\\) "
-                  "was called on an owned lock. line: [0-9]+\n")));
+              ElementsAre(Report(
+                  "SetWaitWillUnlock(false) was called on an owned lock.")));
   EXPECT_FALSE(lock_.GetWaitWillUnlock(self_));
   EXPECT_EQ(lock_.owner(), self_);
   lock_.unlock();
@@ -509,6 +559,50 @@ TEST_F(DebugLockTest, ReportsEachInconsistencyOfOneCall) {
 }
 
 #endif
+
+// Leaves everything to a debug lock, the places too.
+class ForwardingLock : public orvo::OrvoLock {
+ public:
+  explicit ForwardingLock(orvo::DebugLockImpl_& impl) : impl_(impl) {}
+  void lock() override { impl_.lock(); }
+  void unlock() override { impl_.unlock(); }
+  bool try_lock() override { return impl_.try_lock(); }
+  pthread_mutex_t* get_mutex() override { return impl_.get_mutex(); }
+  void SetOwner(const std::thread::id& owner) override {
+    impl_.SetOwner(owner);
+  }
+  void LockWithFilenameAndLineNumber(const std::string& function,
+                                     const std::string& file,
+                                     int line) override {
+    impl_.LockWithFilenameAndLineNumber(function, file, line);
+  }
+  void SetPendingLockingCodeReference(const std::string& function,
+                                      const std::string& file,
+                                      int line) override {
+    impl_.SetPendingLockingCodeReference(function, file, line);
+  }
+  void SetWaitWillUnlock(bool waitWillUnlock, const std::string& file,
+                         int line) override {
+    impl_.SetWaitWillUnlock(waitWillUnlock, file, line);
+  }
+
+ private:
+  orvo::DebugLockImpl_& impl_;
+};
+
+TEST_F(DebugLockTest, LearnsFromWhereAConditionTakesIt) {
+  NotedLock lock("orders");
+  ForwardingLock forwarding(lock);
+  orvo::Condition condition;
+  condition.Signal(forwarding);
+  const int line = orvo_test::ReportedLine("src/condition.cpp", "\"Signal\"");
+  EXPECT_THAT(lock.calls_,
+              ElementsAre(AllOf(testing::StartsWith("Signal "),
+                                testing::EndsWith("condition.cpp " +
+                                                  std::to_string(line))),
+                          "lock"));
+  EXPECT_EQ(lock.owner(), nobody_);
+}
 
 TEST_F(DebugLockTest, LosesItsOwnerInASignalledWait) {
   orvo::Lock handle(std::make_unique<orvo::DebugLockImpl_>("orders"));

@@ -12,10 +12,12 @@
 #include "orvo/orvo_lock_debug.h"
 #include "orvo/scope_lock.h"
 #include "orvo/thread_names.h"
+#include "tests/support/allocations.h"
 #include "tests/support/capture.h"
 #include "tests/support/debug_locks.h"
 #include "tests/support/holder.h"
 #include "tests/support/interpose/calls.h"
+#include "tests/support/source_lines.h"
 #include "tests/support/virtual_slot.h"
 
 namespace {
@@ -23,6 +25,7 @@ namespace {
 using orvo_test::Holder;
 using orvo_test::kPollsPerBanner;
 using orvo_test::Pieces;
+using orvo_test::ScopedAllocationFailure;
 using orvo_test::ScopedHook;
 using orvo_test::StdoutCapture;
 using orvo_test::VirtualSlot;
@@ -249,6 +252,45 @@ TEST_F(DebugRLockTest, TriesTheMutexDirectly) {
   lock.unlock();
 }
 
+TEST_F(DebugRLockTest, IsFreeForOthersWhenMemoryRunsOut) {
+  const struct {
+    const char* what;
+    void (*take)(DebugRLock& lock);
+  } cases[] = {
+      {"lock", [](DebugRLock& lock) { lock.lock(); }},
+      {"try_lock", [](DebugRLock& lock) { lock.try_lock(); }},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    DebugRLock lock("tree");
+    {
+      const ScopedAllocationFailure failure;
+      EXPECT_THROW(c.take(lock), std::bad_alloc);
+    }
+    EXPECT_EQ(lock.owner(), nobody_);
+    { const Holder<DebugRLock> holder(lock); }
+    c.take(lock);
+    EXPECT_EQ(lock.GetCount(self_), 1);
+    lock.unlock();
+    { const Holder<DebugRLock> holder(lock); }
+  }
+}
+
+TEST_F(DebugRLockTest, KeepsItsOwnerWhenMemoryRunsOut) {
+  lock_.lock();
+  lock_.lock();
+  {
+    const ScopedAllocationFailure failure;
+    EXPECT_THROW(lock_.SetOwner(nobody_), std::bad_alloc);
+  }
+  EXPECT_EQ(lock_.owner(), self_);
+  EXPECT_EQ(lock_.GetCount(self_), 2);
+  EXPECT_TRUE(lock_.BooksAreFree());
+  lock_.unlock();
+  lock_.unlock();
+  const Holder<DebugRLock> holder(lock_);
+}
+
 TEST_F(DebugRLockTest, CountsForAnyThread) {
   EXPECT_EQ(lock_.GetCount(nobody_), 0);
   EXPECT_EQ(lock_.IncrementCount(nobody_), 1);
@@ -407,8 +449,6 @@ TEST_F(DebugRLockDeathTest, EndsTheProcessAtASecondAnnouncement) {
 
 #else
 
-using testing::MatchesRegex;
-
 TEST_F(DebugRLockTest, CountsBelowZeroInSilence) {
   const Pieces output;
   EXPECT_EQ(lock_.DecrementCount(self_), -1);
@@ -435,12 +475,14 @@ TEST_F(DebugRLockTest, ReportsAWaitAtAnotherDepthThanOneAndGoesOn) {
   lock_.lock();
   const Pieces output;
   lock_.SetWaitWillUnlock(true, "a.cpp", 62);
+  const int reported = orvo_test::ReportedLine("src/orvo_lock_debug.cpp",
+                                               "PrintNotAcquiredOnce(__LINE__");
   EXPECT_THAT(
       output.all(),
-      ElementsAre(MatchesRegex(
-          "SetWaitWillUnlock called from a.cpp: 62 Would have thrown.\n  "
-          "Waiting on lock that has not been acquired exactly once. "
-          "threadLockCount = 2 line: [0-9]+\n")));
+      ElementsAre("SetWaitWillUnlock called from a.cpp: 62 Would have thrown.\n"
+                  "  Waiting on lock that has not been acquired exactly once. "
+                  "threadLockCount = 2 line: " +
+                  std::to_string(reported) + "\n"));
   EXPECT_TRUE(lock_.GetWaitWillUnlock(self_));
   EXPECT_EQ(lock_.GetCount(self_), 0);
   EXPECT_EQ(lock_.owner(), self_);

@@ -8,11 +8,13 @@
 #include <cerrno>
 #include <filesystem>
 #include <locale>
+#include <new>
 #include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "tests/support/allocations.h"
 #include "tests/support/capture.h"
 #include "tests/support/files.h"
 #include "tests/support/interpose/calls.h"
@@ -277,6 +279,45 @@ TEST_F(ExceptionLog, GivesUpWhenNothingIsWritten) {
                         });
   LogException("msg", "f", 7);
   EXPECT_EQ(calls, 1);
+}
+
+TEST_F(ExceptionLog, GoesOnAfterMemoryRanOut) {
+  const std::string path = LogIn("log");
+  const std::string file = "f";
+  const std::string long_message(100, 'x');
+  const StdoutCapture output;
+  int failures = 0;
+  for (bool finished = false; !finished; ++failures) {
+    try {
+      const orvo_test::ScopedAllocationFailure failure(failures);
+      LogException(long_message, file, 7);
+      finished = true;
+    } catch (const std::bad_alloc&) {
+      EXPECT_EQ(ReadFile(path), "");
+    }
+  }
+  EXPECT_GT(failures, 2);
+  LogException("msg", file, 7);
+  EXPECT_EQ(ReadFile(path),
+            "\nf line 7: " + long_message + "\n\nf line 7: msg\n");
+}
+
+TEST_F(ExceptionLog, TakesANewPathInTheMiddleOfARecord) {
+  const std::string first = LogIn("first");
+  const std::string second = folder_ / "second";
+  const StdoutCapture output;
+  {
+    const ScopedHook hook(
+        orvo_test::open_calls, [&](const char* name, int flags, mode_t mode) {
+          const int file = orvo_test::open_calls.Real(name, flags, mode);
+          if (first == name) SetThreadExceptionLogPath(second);
+          return file;
+        });
+    LogException("one", "f", 1);
+  }
+  LogException("two", "f", 2);
+  EXPECT_EQ(ReadFile(first), "\nf line 1: one\n");
+  EXPECT_EQ(ReadFile(second), "\nf line 2: two\n");
 }
 
 TEST_F(ExceptionLog, AppendsOverSeveralRuns) {

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <new>
 #include <stdexcept>
 #include <string>
 
@@ -14,6 +15,7 @@
 namespace {
 
 using orvo_test::CountAllocations;
+using orvo_test::ScopedAllocationFailure;
 using orvo_test::ScopedFailure;
 using orvo_test::ScopedHook;
 using testing::ThrowsMessage;
@@ -111,6 +113,23 @@ TEST(Format, AllocatesOneArrayMoreFrom256CharactersOn) {
   const long before = CountAllocations();
   const std::string result = orvo::format("%s", text.c_str());
   EXPECT_EQ(CountAllocations() - before, 2);
+}
+
+TEST(Format, PassesOnThatMemoryRunsOut) {
+  const std::string text(256, 'x');
+  const std::string as_text = "%s";
+  for (const long allocations : {0, 1}) {  // the array, the result
+    SCOPED_TRACE(allocations);
+    {
+      const ScopedAllocationFailure failure(allocations);
+      EXPECT_THROW(orvo::format("%s", text.c_str()), std::bad_alloc);
+    }
+    const ScopedAllocationFailure failure(allocations);
+    EXPECT_THROW(orvo::format(as_text, text.c_str()), std::bad_alloc);
+  }
+  const ScopedAllocationFailure failure;
+  EXPECT_THROW(orvo::format("%s", text.c_str() + 1), std::bad_alloc);
+  EXPECT_THROW(orvo::format(as_text, text.c_str() + 1), std::bad_alloc);
 }
 
 TEST(Format, ThrowsWhenFormattingFails) {

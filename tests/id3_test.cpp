@@ -3,9 +3,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
+#include <functional>
 #include <ios>
+#include <iterator>
 #include <sstream>
 #include <string>
 #include <type_traits>
@@ -15,6 +20,7 @@
 #include "tests/support/capture.h"
 #include "tests/support/files.h"
 #include "tests/support/id3_writer.h"
+#include "tests/support/interpose/calls.h"
 
 namespace {
 
@@ -125,6 +131,16 @@ TEST(COMMFrame, HoldsThePartsOfAComment) {
   EXPECT_EQ(frame.description, "about");
   EXPECT_EQ(frame.text, "text\nof it");
   EXPECT_EQ(stream.tellg(), 30);
+}
+
+TEST(COMMFrame, KeepsTheOrderOfItsParts) {
+  std::istringstream stream(Id3Comment("about", "text"));
+  const orvo::COMMFrame frame(stream);
+  const void* const parts[] = {&frame.header, &frame.encoding, frame.language,
+                               &frame.description, &frame.text};
+  EXPECT_EQ(parts[0], &frame);
+  EXPECT_TRUE(
+      std::is_sorted(std::begin(parts), std::end(parts), std::less<>()));
 }
 
 TEST(COMMFrame, IsMovable) {
@@ -260,6 +276,19 @@ TEST(GetComm, SkipsAnExtendedHeader) {
       "hello");
 }
 
+TEST(GetComm, IgnoresFlagsOfFramesAndHeaders) {
+  const std::string flags = "\xff\xff";
+  const std::string padding = "\xff\xff\xff\xff";
+  const std::string title = "TIT2" + BigEndian(5) + flags + "title";
+  const std::string comment =
+      "COMM" + BigEndian(10) + flags + std::string("\0eng\0", 5) + "hello";
+  EXPECT_EQ(GetComment(Id3Tag(title + comment)), "hello");
+  EXPECT_EQ(GetComment(Id3Tag(title + comment, 0xa0)), "hello");
+  EXPECT_EQ(GetComment(Id3Tag(BigEndian(6) + flags + padding + title + comment,
+                              kExtendedHeader)),
+            "hello");
+}
+
 TEST(GetComm, StopsBehindAnExtendedHeaderOfAnySize) {
   for (const std::uint32_t size : {0x7fffffffU, 0x80000000U, 0xffffffffU}) {
     SCOPED_TRACE(size);
@@ -390,6 +419,41 @@ TEST(GetComm, AllocatesNothingBeyondItsResult) {
   const std::string text = orvo::get_comm(stream);
   EXPECT_EQ(orvo_test::CountAllocations() - before, 1);
   EXPECT_EQ(text.size(), 100U);
+}
+
+// How often get_comm() reads from a file that holds a large frame, and many
+// bytes behind it that no disk has to hold.
+int CountReads(std::size_t header_end, bool buffered) {
+  const orvo_test::TemporaryFolder folder;
+  const std::string path = folder / "sparse";
+  constexpr std::uint32_t kSize = 60 << 20;
+  orvo_test::WriteFile(
+      path, Id3Tag(kSize, Id3Frame("XXXX", std::string(header_end - 30, 'x')) +
+                              Id3Frame("APIC", kSize, "")));
+  std::filesystem::resize_file(path, 64 << 20);
+
+  std::ifstream file;
+  if (!buffered) file.rdbuf()->pubsetbuf(nullptr, 0);
+  file.open(path, std::ios_base::binary);
+  int reads = 0;
+  const orvo_test::ScopedHook hook(
+      orvo_test::read_calls, [&](int descriptor, void* data, std::size_t size) {
+        ++reads;
+        return orvo_test::read_calls.Real(descriptor, data, size);
+      });
+  EXPECT_EQ(orvo::get_comm(file), "");
+  return reads;
+}
+
+TEST(GetComm, PassesALargeFrameWithoutReadingIt) {
+  // A file stream's buffer is empty behind 8191 bytes.
+  for (const std::size_t header_end : {8000U, 8190U, 8191U, 8192U}) {
+    SCOPED_TRACE(header_end);
+    const int buffered = CountReads(header_end, true);
+    EXPECT_GT(buffered, 0);
+    EXPECT_LT(buffered, 10);
+    EXPECT_LT(CountReads(header_end, false), 10);
+  }
 }
 
 // Bytes without positions, as of a pipe.

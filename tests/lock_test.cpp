@@ -302,6 +302,86 @@ TEST(LockImpl, LeavesItsMutexToDerivedClassesThatAsk) {
   EXPECT_EQ(initialised, 2);
 }
 
+// Notes what becomes of the mutexes of the locks that are made meanwhile.
+class MutexCalls {
+ public:
+  // In order; forgets them.
+  std::vector<std::string> Take() { return std::move(calls_); }
+
+ private:
+  template <typename... Arguments>
+  using Hook = ScopedHook<int(Arguments...)>;
+
+  std::vector<std::string> calls_;
+  const pthread_mutexattr_t* attributes_ = nullptr;
+  Hook<pthread_mutex_t*, const pthread_mutexattr_t*> init_{
+      orvo_test::pthread_mutex_init_calls,
+      [this](pthread_mutex_t* mutex, const pthread_mutexattr_t* attributes) {
+        calls_.emplace_back(attributes == nullptr       ? "init"
+                            : attributes == attributes_ ? "init like that"
+                                                        : "init otherwise");
+        return orvo_test::pthread_mutex_init_calls.Real(mutex, attributes);
+      }};
+  Hook<pthread_mutex_t*> destroy_{
+      orvo_test::pthread_mutex_destroy_calls, [this](pthread_mutex_t* mutex) {
+        calls_.emplace_back("destroy");
+        return orvo_test::pthread_mutex_destroy_calls.Real(mutex);
+      }};
+  Hook<pthread_mutexattr_t*> attribute_init_{
+      orvo_test::pthread_mutexattr_init_calls,
+      [this](pthread_mutexattr_t* attributes) {
+        attributes_ = attributes;
+        calls_.emplace_back("attribute init");
+        return orvo_test::pthread_mutexattr_init_calls.Real(attributes);
+      }};
+  Hook<pthread_mutexattr_t*, int> attribute_type_{
+      orvo_test::pthread_mutexattr_settype_calls,
+      [this](pthread_mutexattr_t* attributes, int type) {
+        calls_.emplace_back(type == PTHREAD_MUTEX_RECURSIVE ? "recursive"
+                                                            : "another type");
+        return orvo_test::pthread_mutexattr_settype_calls.Real(attributes,
+                                                               type);
+      }};
+  Hook<pthread_mutexattr_t*> attribute_destroy_{
+      orvo_test::pthread_mutexattr_destroy_calls,
+      [this](pthread_mutexattr_t* attributes) {
+        calls_.emplace_back("attribute destroy");
+        return orvo_test::pthread_mutexattr_destroy_calls.Real(attributes);
+      }};
+};
+
+TEST(LockImpl, MakesAPlainMutexAndDestroysItOnce) {
+  MutexCalls calls;
+  {
+    const orvo::LockImpl_ impl("name");
+    EXPECT_THAT(calls.Take(), testing::ElementsAre("init"));
+  }
+  EXPECT_THAT(calls.Take(), testing::ElementsAre("destroy"));
+}
+
+TEST(RLockImpl, MakesARecursiveMutexAndDestroysItOnce) {
+  MutexCalls calls;
+  {
+    const orvo::RLockImpl_ impl("name");
+    EXPECT_THAT(calls.Take(),
+                testing::ElementsAre("attribute init", "recursive",
+                                     "init like that", "attribute destroy"));
+  }
+  EXPECT_THAT(calls.Take(), testing::ElementsAre("destroy"));
+}
+
+TEST(LockImpl, ThrowsOnAnyOtherResult) {
+  const ScopedFailure failure("pthread_mutex_trylock", EINVAL);
+  const auto error = ThrowsMessage<orvo::LockError>(
+      "pthread_mutex_trylock failed with error 22");
+  orvo::LockImpl_ impl("name");
+  EXPECT_THAT([&] { impl.try_lock(); }, error);
+  EXPECT_THAT([&] { impl.TimedLock(0.0); }, error);
+  orvo::RLock lock("name");
+  EXPECT_THAT([&] { lock.try_lock(); }, error);
+  EXPECT_THAT([&] { lock.TimedLock(0.0); }, error);
+}
+
 TEST(TryLock, ThrowsOnAnyOtherResult) {
   const ScopedFailure failure("pthread_mutex_trylock", EINVAL);
   orvo::Lock lock("name");

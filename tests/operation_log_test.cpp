@@ -4,11 +4,16 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <functional>
+#include <iostream>
+#include <new>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "tests/support/allocations.h"
 #include "tests/support/capture.h"
+#include "tests/support/recording_streambuf.h"
 
 namespace {
 
@@ -66,6 +71,18 @@ TEST(LogSuccess, KeepsTheDescriptionAsItIs) {
   }
 }
 
+TEST(OperationLog, FlushesEachLineAsSoonAsItIsWritten) {
+  orvo_test::RecordingStreambuf recorder;
+  std::streambuf* const saved = std::cout.rdbuf(&recorder);
+  orvo::LogAttempt("f", 1, "go");
+  orvo::LogSuccess("f", 2, "go");
+  std::cout.rdbuf(saved);
+  EXPECT_THAT(
+      recorder.calls,
+      testing::ElementsAre("[DEBUG] f line 1: Go.\n", "(flush)",
+                           "[DEBUG] f line 2: Succeeded go.\n", "(flush)"));
+}
+
 TEST(LogFilter, DoesNothingWhenSwitchedOff) {
   EXPECT_EQ(OutputOf([] {
               orvo::LogFilter(orvo::LogAttempt, "f", 1, "go", false);
@@ -80,6 +97,27 @@ TEST(LogFilter, CallsTheFunctionWhenSwitchedOn) {
               orvo::LogFilter(orvo::LogSuccess, "f", 2, "", true);
             }),
             "[DEBUG] f line 1: Go.\n[DEBUG] f line 2: Succeeded executing.\n");
+}
+
+struct Call {
+  const char* file;
+  unsigned int line;
+  std::string what;
+};
+std::vector<Call> filtered_calls;
+
+TEST(LogFilter, HandsItsArgumentsOnOnceAsTheyAre) {
+  filtered_calls.clear();
+  const char file[] = "dir/file.cpp";
+  orvo::LogFilter(
+      [](const char* name, unsigned int line, const std::string& what) {
+        filtered_calls.push_back({name, line, what});
+      },
+      file, 4294967295U, "open it", true);
+  ASSERT_EQ(filtered_calls.size(), 1U);
+  EXPECT_EQ(filtered_calls[0].file, +file);
+  EXPECT_EQ(filtered_calls[0].line, 4294967295U);
+  EXPECT_EQ(filtered_calls[0].what, "open it");
 }
 
 TEST(CreateFailureMessage, NamesPlaceOperationAndDetails) {
@@ -107,6 +145,45 @@ TEST(CreateFailureMessage, PrintsNothing) {
               EXPECT_NE(orvo::CreateFailureMessage("f", 1, "x", "y"), "");
             }),
             "");
+}
+
+TEST(OperationLog, PassesOnThatMemoryRunsOut) {
+  const std::string file(300, 'f');
+  const std::string what(300, 'w');
+  const struct {
+    const char* function;
+    std::function<void()> call;
+  } cases[] = {
+      {"LogAttempt", [&] { orvo::LogAttempt(file.c_str(), 1, what); }},
+      {"LogSuccess", [&] { orvo::LogSuccess(file.c_str(), 1, what); }},
+      {"LogFilter",
+       [&] { orvo::LogFilter(orvo::LogAttempt, file.c_str(), 1, what, true); }},
+      {"CreateFailureMessage",
+       [&] { orvo::CreateFailureMessage(file.c_str(), 1, what, what); }},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.function);
+    const StdoutCapture capture;
+    int failures = 0;
+    for (bool finished = false; !finished; ++failures) {
+      const orvo_test::ScopedAllocationFailure failure(failures);
+      try {
+        c.call();
+        finished = true;
+      } catch (const std::bad_alloc&) {
+      }
+    }
+    EXPECT_GT(failures, 2);
+  }
+}
+
+TEST(OperationLog, WritesTheStartOfALineWhenMemoryRunsOut) {
+  const std::string what(300, 'w');
+  EXPECT_EQ(OutputOf([&] {
+              const orvo_test::ScopedAllocationFailure failure;
+              EXPECT_THROW(orvo::LogSuccess("f", 1, what), std::bad_alloc);
+            }),
+            "[DEBUG] ");
 }
 
 TEST(OperationLog, WritesWholeLinesFromManyThreads) {

@@ -37,6 +37,10 @@ using testing::IsEmpty;
 using testing::ThrowsMessage;
 using testing::UnorderedElementsAre;
 
+// What an initialiser of this program sees, before main() has begun.
+const std::map<int, std::string> explanations_before_main =
+    orvo::path::mkdirErrorsByErrno;
+
 // Counts the calls of a system function while it lives.
 template <typename Signature>
 class CallCounter;
@@ -190,6 +194,7 @@ TEST(MkdirErrorsByErrno, HoldsNineExplanations) {
       {EROFS, "The parent directory resides on a read-only file system."},
   };
   EXPECT_EQ(orvo::path::mkdirErrorsByErrno, explanations);
+  EXPECT_EQ(explanations_before_main, explanations);
   EXPECT_EQ(explanations.size(), 9U);
 }
 
@@ -493,6 +498,21 @@ TEST(Listdir, ThrowsTheSystemsTextAlone) {
   const ScopedFailure failure("opendir", EMFILE);
   EXPECT_THAT([&] { listdir(folder.path()); },
               ThrowsMessage<orvo::BadDir>("Too many open files"));
+}
+
+TEST(Listdir, KeepsTheErrorWhileItMakesAnException) {
+  const TemporaryFolder folder;
+  const std::string missing = folder / "missing";
+  bool changed = false;
+  const ScopedHook hook(
+      orvo_test::cxa_allocate_exception_calls, [&](std::size_t size) {
+        changed = true;
+        errno = EINVAL;
+        return orvo_test::cxa_allocate_exception_calls.Real(size);
+      });
+  EXPECT_THAT([&] { listdir(missing); },
+              ThrowsMessage<orvo::BadDir>("No such file or directory"));
+  EXPECT_TRUE(changed);
 }
 
 TEST(Listdir, TakesAFailureOfReadingForTheEnd) {

@@ -336,6 +336,16 @@ TEST(ScopeLock, IsMadeOfItsBaseAlone) {
   EXPECT_EQ(sizeof(orvo::ScopeLockBase), 3 * sizeof(void*));
 }
 
+TEST(DebugScopeLock, AddsThePlaceToItsBase) {
+  struct Place {
+    std::string function;
+    std::string file;
+    int line;
+  };
+  EXPECT_EQ(sizeof(orvo::DebugScopeLock),
+            sizeof(orvo::ScopeLockBase) + sizeof(Place));
+}
+
 TEST(DebugScopeLock, NamesThePlaceAtEachAcquisition) {
   RecordingLock lock;
   orvo::DebugScopeLock scope(lock, "AddOrder", "shop/orders.cpp", 62);

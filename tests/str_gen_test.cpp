@@ -17,6 +17,9 @@ using orvo::Pred;
 using orvo::StrGen;
 using testing::ElementsAre;
 
+// What an initialiser of this program sees, before main() has begun.
+const std::string chars_before_main = StrGen::ascii_chars_;
+
 struct NamedSet {
   const char* name;
   std::string (*make)();
@@ -81,6 +84,10 @@ TEST(AsciiChars, AreACopyOfTheStaticMember) {
   EXPECT_EQ(StrGen::ascii_chars(), orvo::create_ascii_chars());
   EXPECT_EQ(StrGen::ascii_chars_, orvo::create_ascii_chars());
   static_assert(std::is_same_v<decltype(StrGen::ascii_chars()), std::string>);
+}
+
+TEST(AsciiChars, AreThereBeforeTheProgramBegins) {
+  EXPECT_EQ(chars_before_main, orvo::create_ascii_chars());
 }
 
 TEST(NamedSets, HaveTheContentsOfTheCLocale) {

@@ -69,6 +69,11 @@ TEST(Strip, RemovesTheSpacesAtBothEnds) {
   }
 }
 
+TEST(Strip, TakesALiteral) {
+  static_assert(std::is_same_v<decltype(orvo::strip("")), std::string>);
+  EXPECT_EQ(orvo::strip("  a b  "), "a b");
+}
+
 TEST(Strip, KeepsOtherWhiteSpace) {
   EXPECT_EQ(orvo::strip<std::string>("\ta\t"), "\ta\t");
   EXPECT_EQ(orvo::strip<std::string>(" \t a\n "), "\t a\n");
@@ -553,6 +558,11 @@ TEST(ParseNumber, TakesAllShortTextsThatAModelTakes) {
 TEST(GetTokenSize, IsTheLengthOfASeparator) {
   EXPECT_EQ(orvo::GetTokenSize_('/'), 1u);
   EXPECT_EQ(orvo::GetTokenSize_('\0'), 1u);
+}
+
+TEST(GetTokenSize, IsOneFunctionOnly) {
+  const auto get_token_size = &orvo::GetTokenSize_;
+  EXPECT_EQ(get_token_size('/'), 1u);
 }
 
 TEST(SplitString, CutsAtEverySeparator) {

@@ -22,6 +22,7 @@
 #include "tests/support/files.h"
 #include "tests/support/interpose/calls.h"
 #include "tests/support/latch.h"
+#include "tests/support/recording_streambuf.h"
 
 namespace {
 
@@ -30,26 +31,11 @@ using orvo::OutBuffer;
 using orvo::ScopedCoutCapture;
 using orvo::ThreadSafeOStream;
 using orvo_test::ReadFile;
+using orvo_test::RecordingStreambuf;
 using orvo_test::StdoutCapture;
 using orvo_test::StdoutRedirection;
 using orvo_test::TemporaryFolder;
 using testing::ElementsAre;
-
-// A stream buffer that notes each write and each flush.
-class RecordingStreambuf : public std::streambuf {
- public:
-  std::vector<std::string> calls;
-
- protected:
-  std::streamsize xsputn(const char* text, std::streamsize size) override {
-    calls.emplace_back(text, static_cast<std::size_t>(size));
-    return size;
-  }
-  int sync() override {
-    calls.emplace_back("(flush)");
-    return 0;
-  }
-};
 
 // What a buffer hands over to.
 struct RecordingReceiver {
@@ -123,6 +109,30 @@ TEST(ThreadSafeOStream, RedirectsItsTargetToATruncatedFile) {
     EXPECT_EQ(target.str(), "direct ");
   }
   EXPECT_EQ(ReadFile(path), "through plainly");
+}
+
+TEST(ThreadSafeOStream, OpensTheFileBeforeItTakesItsMutexToRedirect) {
+  const TemporaryFolder folder;
+  RecordingStreambuf buffer;
+  std::ostream target(&buffer);
+  ThreadSafeOStream stream(target);
+  std::vector<std::string> states;
+  const auto note = [&](std::string call) {
+    call += access((folder / "log").c_str(), F_OK) == 0 ? ": open, " : ": no, ";
+    states.push_back(call += target.rdbuf() == &buffer ? "own" : "file");
+  };
+  const orvo_test::ScopedHook lock(
+      orvo_test::pthread_mutex_lock_calls, [&](pthread_mutex_t* mutex) {
+        note("lock");
+        return orvo_test::pthread_mutex_lock_calls.Real(mutex);
+      });
+  const orvo_test::ScopedHook unlock(
+      orvo_test::pthread_mutex_unlock_calls, [&](pthread_mutex_t* mutex) {
+        note("unlock");
+        return orvo_test::pthread_mutex_unlock_calls.Real(mutex);
+      });
+  stream.redirect(folder / "log");
+  EXPECT_THAT(states, ElementsAre("lock: open, own", "unlock: open, file"));
 }
 
 TEST(ThreadSafeOStream, GivesItsTargetTheBufferBack) {
@@ -293,6 +303,46 @@ TEST(CoutBuffer, TakesInsertionsWhileTemporary) {
   CoutBuffer() << orvo::endl;
   CoutBuffer() << text << std::string("t") << 'c' << 2.5 << orvo::endl;
   EXPECT_EQ(capture.Text(), "text7\n7text\nstc2.5\n");
+}
+
+TEST(CoutBuffer, TakesManipulatorsWhileTemporary) {
+  const StdoutCapture capture;
+  CoutBuffer() << std::endl;
+  CoutBuffer() << std::hex << 255 << std::endl;
+  CoutBuffer() << std::setw(4) << 7 << std::endl;
+  EXPECT_EQ(capture.Text(), "\nff\n   7\n");
+}
+
+// A value that can only be moved.
+struct Ticket {
+  std::unique_ptr<int> number;
+};
+
+std::ostream& operator<<(std::ostream& stream, const Ticket& ticket) {
+  return stream << "ticket " << *ticket.number;
+}
+
+TEST(CoutBuffer, TakesWhatOnlyMovesWhileTemporary) {
+  const StdoutCapture capture;
+  CoutBuffer() << Ticket{std::make_unique<int>(7)} << orvo::endl;
+  EXPECT_EQ(capture.Text(), "ticket 7\n");
+}
+
+// Declared only: a reference to the constant would not link.
+struct Limits {
+  static const int kMost = 7;
+};
+
+TEST(CoutBuffer, TakesConstantsWithoutADefinitionWhileTemporary) {
+  const StdoutCapture capture;
+  CoutBuffer() << Limits::kMost << orvo::endl;
+  EXPECT_EQ(capture.Text(), "7\n");
+}
+
+TEST(CoutBuffer, EndsALineWithOneCharacterWhateverTheWidth) {
+  const StdoutCapture capture;
+  CoutBuffer() << "a" << std::setw(4) << orvo::endl;
+  EXPECT_EQ(capture.Text(), "a\n");
 }
 
 TEST(CoutBuffer, KeepsItsTypeInChains) {
@@ -485,6 +535,17 @@ TEST(RedirectCout, GivesTheStandardOutputItsBufferBackAtExit) {
   EXPECT_EQ(result.exit_status, 0) << result.errors;
   EXPECT_EQ(ReadFile(folder / "log"), "redirected\n");
   EXPECT_EQ(result.output, "after the library\n");
+}
+
+TEST(RedirectCout, KeepsTheFirstFileUntilTheExitWhenCalledAgain) {
+  const TemporaryFolder folder;
+  const orvo_test::ProgramResult result =
+      orvo_test::RunProgram({orvo_test::ProgramPath("redirected_twice"),
+                             folder / "first", folder / "second"});
+  EXPECT_EQ(result.exit_status, 0) << result.errors;
+  EXPECT_EQ(result.output, "");
+  EXPECT_EQ(ReadFile(folder / "first"), "one\ntwo\n");
+  EXPECT_NE(access((folder / "second").c_str(), F_OK), 0);
 }
 
 TEST(RedirectCout, LosesOutputToAnImpossibleFileWithoutHarm) {

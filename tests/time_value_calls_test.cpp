@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstring>
 #include <ctime>
 #include <initializer_list>
 #include <limits>
@@ -249,6 +250,16 @@ TEST(Iso8601, ThrowsWhenTheTextCannotBeMade) {
   });
 }
 
+TEST(Iso8601, ShowsTheReasonWhenTheFractionCannotBeMade) {
+  const ScopedFailure failure("vsnprintf", EOVERFLOW);
+  EXPECT_EQ(TimeValue(1.5).GetAsIso8601Precise(9),
+            "1970-01-01T00-00-01."
+            "Formatting error: Value too large for defined data typeZ");
+  EXPECT_EQ(TimeValue(-1.5).GetAsIso8601Precise(9),
+            "1969-12-31T23-59-59."
+            "Formatting error: Value too large for defined data typeZ");
+}
+
 TEST(Iso8601, BreaksDownTheRoundedSecondsAndCutsForThePreciseForm) {
   std::vector<std::time_t> asked;
   const ScopedHook hook(orvo_test::gmtime_r_calls,
@@ -286,6 +297,23 @@ TEST(CurrentTime, IsTheLocalTime) {
   EXPECT_EQ(orvo::current_time(), "Sun Nov 15 22:19:56 2026\n");
   now = 1783000000;
   EXPECT_EQ(orvo::current_time(), "Thu Jul  2 15:46:40 2026\n");
+}
+
+TEST(CurrentTime, ComesFromTheReentrantFunctions) {
+  std::vector<std::string> calls;
+  const ScopedHook break_down(orvo_test::localtime_r_calls,
+                              [&](const std::time_t* seconds, std::tm* fields) {
+                                calls.emplace_back("localtime_r");
+                                return orvo_test::localtime_r_calls.Real(
+                                    seconds, fields);
+                              });
+  const ScopedHook write(orvo_test::asctime_r_calls,
+                         [&](const std::tm*, char* text) {
+                           calls.emplace_back("asctime_r");
+                           return std::strcpy(text, "now\n");
+                         });
+  EXPECT_EQ(orvo::current_time(), "now\n");
+  EXPECT_THAT(calls, ElementsAre("localtime_r", "asctime_r"));
 }
 
 TEST(CurrentTime, DoesNotTestTheConversion) {

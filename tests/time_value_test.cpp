@@ -13,9 +13,12 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <type_traits>
 #include <unordered_set>
 #include <vector>
+
+#include "tests/support/latch.h"
 
 namespace {
 
@@ -98,6 +101,9 @@ TEST(TimeValue, TakesOtherDurationsOfWholeNanoseconds) {
 TEST(TimeValue, RefusesDurationsThatWouldLoseSomething) {
   EXPECT_FALSE((std::is_convertible_v<duration<long, std::pico>, TimeValue>));
   EXPECT_FALSE((std::is_convertible_v<duration<double>, TimeValue>));
+  // So long a unit that its nanoseconds have no ratio.
+  EXPECT_FALSE(
+      (std::is_constructible_v<TimeValue, duration<double, std::tera>>));
 }
 
 TEST(TimeValue, IsTheSameHoweverItIsMade) {
@@ -508,6 +514,14 @@ TEST(TimeValueStream, GivesTheWidthToTheSeconds) {
   EXPECT_EQ(os.str(), "***1.500000 002.250000");
 }
 
+TEST(TimeValueStream, TakesANegativeWidthForNone) {
+  std::ostringstream os;
+  os.width(-4);
+  os << TimeValue(1.5);
+  EXPECT_EQ(os.width(), 0);
+  EXPECT_EQ(os.str(), "1.500000");
+}
+
 TEST(TimeValueStream, PadsTheMicrosecondsOnTheLeftWhateverTheFlags) {
   std::ostringstream os;
   os << std::left << std::setfill('*') << std::setw(4) << TimeValue(1.005)
@@ -540,6 +554,25 @@ TEST(TimeValueStream, WritesNothingToAFailedStream) {
   os.setstate(std::ios_base::failbit);
   os << TimeValue(1.5);
   EXPECT_EQ(os.str(), "");
+}
+
+TEST(CurrentTimes, AreReadByManyThreadsAtOnce) {
+  const TimeValue start = TimeValue::GetNow();
+  orvo_test::Latch ready(4);
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&] {
+      ready.Arrive();
+      TimeValue previous = start;
+      for (int j = 0; j < 100; ++j) {
+        const TimeValue now = TimeValue::GetNow();
+        EXPECT_GE(now, previous);
+        previous = now;
+        EXPECT_EQ(orvo::current_time().size(), 25U);
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
 }
 
 }  // namespace

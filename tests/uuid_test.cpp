@@ -289,6 +289,16 @@ TEST(UUID, WritesBytesToAStream) {
   EXPECT_EQ(uuid.uuid_string(), kText);
 }
 
+TEST(UUID, WritesNothingToAFailedStream) {
+  for (const bool little_endian : {false, true}) {
+    std::ostringstream stream;
+    stream.setstate(std::ios_base::failbit);
+    EXPECT_NO_THROW(UUID().WriteBinary(stream, little_endian));
+    EXPECT_TRUE(stream.fail());
+    EXPECT_EQ(stream.str(), "");
+  }
+}
+
 TEST(UUID, WritesTheBytesBackThatItRead) {
   std::stringstream stream(TextOf(kLittleEndianBytes));
   const UUID uuid(stream, true);

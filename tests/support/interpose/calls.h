@@ -37,10 +37,12 @@ Pointer FailWithNull(int error) {
   return nullptr;
 }
 
+extern Interposed<char*(const std::tm*, char*)> asctime_r_calls;
 extern Interposed<int(void**, int)> backtrace_calls;
 extern Interposed<char**(void* const*, int)> backtrace_symbols_calls;
 extern Interposed<int(clockid_t, timespec*)> clock_gettime_calls;
 extern Interposed<int(DIR*)> closedir_calls;
+extern Interposed<void*(std::size_t)> cxa_allocate_exception_calls;
 extern Interposed<char*(const char*, char*, std::size_t*, int*)>
     cxa_demangle_calls;
 extern Interposed<std::tm*(const std::time_t*, std::tm*)> gmtime_r_calls;
@@ -58,11 +60,17 @@ extern Interposed<int(pthread_cond_t*, pthread_mutex_t*, const timespec*)>
     pthread_cond_timedwait_calls;
 extern Interposed<int(pthread_cond_t*, pthread_mutex_t*)>
     pthread_cond_wait_calls;
+extern Interposed<int(pthread_mutex_t*)> pthread_mutex_destroy_calls;
 extern Interposed<int(pthread_mutex_t*, const pthread_mutexattr_t*)>
     pthread_mutex_init_calls;
 extern Interposed<int(pthread_mutex_t*)> pthread_mutex_lock_calls;
 extern Interposed<int(pthread_mutex_t*)> pthread_mutex_trylock_calls;
 extern Interposed<int(pthread_mutex_t*)> pthread_mutex_unlock_calls;
+extern Interposed<int(pthread_mutexattr_t*)> pthread_mutexattr_destroy_calls;
+extern Interposed<int(pthread_mutexattr_t*)> pthread_mutexattr_init_calls;
+extern Interposed<int(pthread_mutexattr_t*, int)>
+    pthread_mutexattr_settype_calls;
+extern Interposed<ssize_t(int, void*, std::size_t)> read_calls;
 extern Interposed<dirent*(DIR*)> readdir_calls;
 extern Interposed<int(const char*, struct stat*)> stat_calls;
 extern Interposed<int(int, char*, std::size_t)> strerror_r_calls;
