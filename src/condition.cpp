@@ -3,7 +3,9 @@
 #include <cerrno>
 #include <ctime>
 #include <string>
+#include <typeinfo>
 
+#include "orvo/debug_locks.h"
 #include "orvo/scope_lock.h"
 #include "orvo/thread_safe_ostream.h"
 
@@ -14,6 +16,36 @@ namespace {
 const std::string thisFile = __FILE__;
 
 }  // namespace
+
+// Keeps the books of a debug lock for the length of a wait; any other lock
+// hears nothing of it.
+class __attribute__((visibility("hidden"))) Condition::WaitBooks {
+ public:
+  WaitBooks(OrvoLock& lock, int line)
+      : lock_(FindDebugLock(lock)), line_(line) {
+    if (lock_ != nullptr) lock_->BeginWait(thisFile, line_);
+  }
+  WaitBooks(const WaitBooks&) = delete;
+  WaitBooks& operator=(const WaitBooks&) = delete;
+  ~WaitBooks() {
+    if (lock_ != nullptr) lock_->EndWait(thisFile, line_);
+  }
+
+ private:
+  // Also behind scope locks; null if there is none.
+  static DebugLock* FindDebugLock(OrvoLock& lock) {
+    // Spares plain locks, which are most, the casts.
+    if (typeid(lock) == typeid(Lock)) return nullptr;
+    OrvoLock* found = &lock;
+    while (auto* const scope = dynamic_cast<ScopeLockBase*>(found)) {
+      found = scope->held();
+    }
+    return dynamic_cast<DebugLock*>(found);
+  }
+
+  DebugLock* lock_;
+  int line_;
+};
 
 Condition::Condition() {
   pthread_cond_init(&condition_, nullptr);
@@ -29,6 +61,7 @@ void Condition::Wait(OrvoLock& lock) {
 }
 
 void Condition::WaitWhileLocked(OrvoLock& lock) {
+  const WaitBooks books(lock, __LINE__);
   pthread_cond_wait(&condition_, lock.get_mutex());
 }
 
@@ -38,6 +71,7 @@ bool Condition::TimedWait(OrvoLock& lock, int seconds) {
 }
 
 bool Condition::TimedWaitWhileLocked(OrvoLock& lock, int seconds) {
+  const WaitBooks books(lock, __LINE__);
   const timespec deadline{time(nullptr) + seconds, 0};
   const int result =
       pthread_cond_timedwait(&condition_, lock.get_mutex(), &deadline);

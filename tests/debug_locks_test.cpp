@@ -3,7 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <csignal>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <stdexcept>
@@ -11,6 +13,7 @@
 #include <thread>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "orvo/condition.h"
 #include "orvo/debug_locks.h"
@@ -20,6 +23,7 @@
 #include "orvo/thread_names.h"
 #include "tests/support/capture.h"
 #include "tests/support/holder.h"
+#include "tests/support/latch.h"
 
 namespace {
 
@@ -261,6 +265,185 @@ TEST(DebugLock, TakesAnImplementation) {
       [] { orvo::DebugRLock(std::unique_ptr<orvo::DebugRLockImpl_>()); },
       error);
 }
+
+// A debug lock whose announcements can be read.
+template <typename Handle>
+struct Open;
+template <>
+struct Open<orvo::DebugLock> : orvo::DebugLock {
+  using DebugLock::DebugLock;
+  using DebugLock::impl_;
+};
+template <>
+struct Open<orvo::DebugRLock> : orvo::DebugRLock {
+  using DebugRLock::DebugRLock;
+  using DebugRLock::impl_;
+};
+
+// Far enough in the future that only a wake-up ends the wait.
+constexpr int kLong = 100000;
+
+template <typename Handle>
+class DebugHandleInAWait : public testing::Test {
+ protected:
+  using Wait = std::function<void(orvo::OrvoLock&)>;
+
+  DebugHandleInAWait() { NameThisThread("cook"); }
+
+  // A thread that holds the lock waits until this one has looked at the books
+  // and wakes it up, and finds the books as it has left them.
+  void WaitAndLookAtTheBooks(orvo::OrvoLock& held, const Wait& wait) {
+    orvo_test::Latch about_to_wait;
+    bool ready = false;  // guarded by lock_
+    std::thread waker([&] {
+      about_to_wait.Wait();
+      const orvo::ScopeLock scope(lock_);
+      EXPECT_EQ(lock_.GetOwner(), std::this_thread::get_id());
+      EXPECT_EQ(lock_.GetDepth(), 1);
+      EXPECT_TRUE(lock_.impl_->GetWaitWillUnlock(self_));
+      ready = true;
+      condition_.BroadcastWhileLocked();
+    });
+    about_to_wait.CountDown();
+    while (!ready) wait(held);
+    ExpectHeld();
+    waker.join();
+    ExpectHeld();
+  }
+
+  void ExpectHeld() {
+    EXPECT_EQ(lock_.GetOwner(), self_);
+    EXPECT_EQ(lock_.GetDepth(), 1);
+    EXPECT_FALSE(lock_.impl_->GetWaitWillUnlock(self_));
+  }
+
+  void ExpectFree() {
+    EXPECT_EQ(lock_.GetOwner(), nobody);
+    EXPECT_EQ(lock_.GetDepth(), 0);
+    EXPECT_FALSE(lock_.impl_->GetWaitWillUnlock(self_));
+  }
+
+  // Both waits of callers that hold the lock.
+  std::vector<Wait> Waits() {
+    return {[this](orvo::OrvoLock& lock) { condition_.WaitWhileLocked(lock); },
+            [this](orvo::OrvoLock& lock) {
+              EXPECT_TRUE(condition_.TimedWaitWhileLocked(lock, kLong));
+            }};
+  }
+
+  const std::thread::id self_ = std::this_thread::get_id();
+  Open<Handle> lock_{"orders"};
+  orvo::Condition condition_;
+};
+
+TYPED_TEST_SUITE(DebugHandleInAWait, Handles);
+
+TYPED_TEST(DebugHandleInAWait, HasItsBooksKept) {
+  for (const auto& wait : this->Waits()) {
+    this->lock_.lock();
+    this->WaitAndLookAtTheBooks(this->lock_, wait);
+    this->lock_.unlock();
+    this->ExpectFree();
+  }
+}
+
+TYPED_TEST(DebugHandleInAWait, HasItsBooksKeptBehindAScopeLock) {
+  for (const auto& wait : this->Waits()) {
+    {
+      orvo::ScopeLock scope(this->lock_);
+      this->WaitAndLookAtTheBooks(scope, wait);
+    }
+    this->ExpectFree();
+    {
+      orvo::DebugScopeLock scope(this->lock_, "Add", "shop.cpp", 62);
+      this->WaitAndLookAtTheBooks(scope, wait);
+    }
+    this->ExpectFree();
+  }
+}
+
+TYPED_TEST(DebugHandleInAWait, HasItsBooksKeptBehindNestedScopeLocks) {
+  for (const auto& wait : this->Waits()) {
+    orvo::DebugScopeLock outer(this->lock_, "Add", "shop.cpp", 62);
+    outer.unlock();
+    orvo::ScopeLock inner(outer);
+    this->WaitAndLookAtTheBooks(inner, wait);
+  }
+  this->ExpectFree();
+}
+
+TYPED_TEST(DebugHandleInAWait, IsHeldAgainAfterATimeOut) {
+  this->lock_.lock();
+  EXPECT_FALSE(this->condition_.TimedWaitWhileLocked(this->lock_, 0));
+  this->ExpectHeld();
+  this->lock_.unlock();
+  EXPECT_FALSE(this->condition_.TimedWait(this->lock_, 0));
+  this->ExpectFree();
+}
+
+// The plain waits test nothing, so the other thread signals until they return.
+TYPED_TEST(DebugHandleInAWait, SurvivesThePlainForms) {
+  const StdoutCapture output;  // banners, if any
+  for (const bool timed : {false, true}) {
+    std::atomic<bool> woken{false};
+    std::thread waker([&] {
+      while (!woken) {
+        this->condition_.Signal(this->lock_);
+        std::this_thread::yield();
+        this->condition_.Broadcast(this->lock_);
+      }
+    });
+    if (timed) {
+      EXPECT_TRUE(this->condition_.TimedWait(this->lock_, kLong));
+    } else {
+      this->condition_.Wait(this->lock_);
+    }
+    woken = true;
+    waker.join();
+    this->ExpectFree();
+    EXPECT_THAT(this->lock_.GetPendingReference(this->self_).GetAsString(),
+                HasSubstr(timed ? "TimedWait --> " : "Wait --> "));
+  }
+}
+
+TYPED_TEST(DebugHandleInAWait, IsNotWaitedForBehindAReleasedScopeLock) {
+  orvo::ScopeLock scope(this->lock_);
+  scope.unlock();
+  EXPECT_THROW(this->condition_.WaitWhileLocked(scope), std::logic_error);
+  this->ExpectFree();
+}
+
+TEST(DebugLock, RefusesAPlainWaitOfItsHolder) {
+  orvo::DebugLock lock("orders");
+  orvo::Condition condition;
+  const orvo::ScopeLock scope(lock);
+  const StdoutCapture output;
+  EXPECT_THAT([&] { condition.Wait(lock); },
+              ThrowsMessage<std::runtime_error>(
+                  "This lock is already owned by this thread."));
+  EXPECT_EQ(lock.GetDepth(), 1);
+}
+
+#if ORVO_ASSERTIONS
+TEST(DebugLockDeathTest, AssertsThatAWaitingThreadHoldsIt) {
+  orvo::Condition condition;
+  orvo::DebugLock lock("orders");
+  EXPECT_DEATH(condition.WaitWhileLocked(lock), "this->owner_ == threadId");
+  orvo::DebugRLock tree("tree");
+  EXPECT_DEATH(condition.WaitWhileLocked(tree), "threadLockCount == 1");
+}
+
+// A child process owns no mutex of its parent: it takes the lock itself.
+TEST(DebugRLockDeathTest, AssertsThatAWaitingThreadHoldsItOnce) {
+  orvo::Condition condition;
+  orvo::DebugRLock lock("tree");
+  const auto wait_at_depth_2 = [&] {
+    lock.lock();
+    condition.Wait(lock);
+  };
+  EXPECT_DEATH(wait_at_depth_2(), "threadLockCount == 1");
+}
+#endif
 
 TEST(Describe, StaysWithinOneLine) {
   NameThisThread("the\ncook");

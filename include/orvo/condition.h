@@ -20,11 +20,15 @@
 ///
 /// Any number of threads may wait and signal at once.
 ///
-/// A wait releases and retakes the mutex behind the lock's back. A handle that
-/// owns a debug implementation does not survive a wait that is signalled: the
-/// signalling thread takes and releases the lock meanwhile, which clears the
-/// owner, so that the release after the wait throws LockError and, in a scope
-/// lock or in Wait() itself, ends the process. Wait with plain locks.
+/// A wait releases and retakes the mutex behind the lock's back. A DebugLock or
+/// DebugRLock (debug_locks.h), given directly or through scope locks, learns of
+/// it: the waiting thread does not count as its holder.
+///
+/// Kept on purpose: a Lock or RLock that owns a debug implementation does not
+/// survive a wait that is signalled. The signalling thread takes and releases
+/// the lock meanwhile, which clears the owner, so that the release after the
+/// wait throws LockError and, in a scope lock or in Wait() itself, ends the
+/// process. Declare such a lock as DebugLock or DebugRLock.
 
 #include <pthread.h>
 
@@ -81,6 +85,8 @@ class ORVO_EXPORT Condition {
   void BroadcastWhileLocked();
 
  private:
+  class WaitBooks;
+
   pthread_cond_t condition_;
 };
 

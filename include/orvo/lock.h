@@ -13,6 +13,9 @@
 /// orvo::Lock watched(std::make_unique<orvo::DebugLockImpl_>("watched"));
 /// @endcode
 ///
+/// Where debug locks meet a Condition, declare DebugLock or DebugRLock
+/// (debug_locks.h) in place of Lock or RLock.
+///
 /// Any thread may use a lock at any time; moving or destroying a handle while
 /// another thread uses it is undefined.
 
@@ -164,8 +167,9 @@ class ORVO_EXPORT Lock : public OrvoLock {
 
   /// A lock with an implementation of the caller's choice.
   ///
-  /// With a debug implementation do not wait on a Condition: a wait that is
-  /// signalled leaves the lock without an owner, see condition.h.
+  /// Kept on purpose: with a debug implementation a wait on a Condition that is
+  /// signalled leaves the lock without an owner, which ends the process at the
+  /// next release; DebugLock survives it, see condition.h.
   ///
   /// @throws std::invalid_argument  @p impl is null.
   explicit Lock(std::unique_ptr<LockImpl_> impl);
@@ -184,7 +188,8 @@ class ORVO_EXPORT Lock : public OrvoLock {
   pthread_mutex_t* get_mutex() override;
   void SetOwner(const std::thread::id& owner) override;
 
-  /// Kept on purpose: the same as lock(); the place is not passed on.
+  /// Kept on purpose: the same as lock(); the place is not passed on. DebugLock
+  /// passes it on.
   void LockWithFilenameAndLineNumber(const std::string& function,
                                      const std::string& file,
                                      int line) override;
@@ -216,7 +221,8 @@ class ORVO_EXPORT RLock : public Lock {
   /// @throws std::invalid_argument  @p impl is null.
   explicit RLock(std::unique_ptr<LockImpl_> impl);
 
-  /// Kept on purpose: always 0, however often the lock is held.
+  /// Kept on purpose: always 0, however often the lock is held;
+  /// DebugRLock::GetDepth() counts.
   int count();
 };
 

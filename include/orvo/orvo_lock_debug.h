@@ -11,6 +11,9 @@
 /// orvo::RLock tree(std::make_unique<orvo::DebugRLockImpl_>("tree"));
 /// @endcode
 ///
+/// DebugLock and DebugRLock (debug_locks.h) own one and also work with
+/// conditions.
+///
 /// A thread that waits in vain says so on the standard output and keeps
 /// trying; a release by the wrong thread is an exception; books that do not
 /// add up end the process in an assertion or, where assertions are compiled
