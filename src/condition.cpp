@@ -15,6 +15,14 @@ namespace {
 // Made once: a string per call would cost more than the signal.
 const std::string thisFile = __FILE__;
 
+// Answers for a timed wait of this result.
+bool WasWoken(int result, const char* function) {
+  if (result != 0 && result != ETIMEDOUT) {
+    CoutBuffer() << function << " errcode " << result << endl;
+  }
+  return result == 0;
+}
+
 }  // namespace
 
 // Keeps the books of a debug lock for the length of a wait; any other lock
@@ -75,10 +83,7 @@ bool Condition::TimedWaitWhileLocked(OrvoLock& lock, int seconds) {
   const timespec deadline{time(nullptr) + seconds, 0};
   const int result =
       pthread_cond_timedwait(&condition_, lock.get_mutex(), &deadline);
-  if (result != 0 && result != ETIMEDOUT) {
-    CoutBuffer() << "pthread_cond_timedwait errcode " << result << endl;
-  }
-  return result == 0;
+  return WasWoken(result, "pthread_cond_timedwait");
 }
 
 void Condition::Signal(OrvoLock& lock) {
@@ -97,6 +102,14 @@ void Condition::SignalWhileLocked() {
 
 void Condition::BroadcastWhileLocked() {
   pthread_cond_broadcast(&condition_);
+}
+
+bool Condition::WaitBefore(OrvoLock& lock, const Deadline& deadline) {
+  const WaitBooks books(lock, __LINE__);
+  const timespec time = deadline.GetAsTimespec();
+  return WasWoken(pthread_cond_clockwait(&condition_, lock.get_mutex(),
+                                         CLOCK_MONOTONIC, &time),
+                  "pthread_cond_clockwait");
 }
 
 }  // namespace orvo

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "internal/debug_books.h"
+#include "internal/timed_mutex.h"
 
 namespace orvo {
 namespace {
@@ -42,6 +43,12 @@ bool DebugLock::try_lock() {
 
 bool DebugLock::TimedLock(double seconds) {
   if (!impl_->TimedLock(seconds)) return false;
+  internal::RecordAcquisition(*impl_);
+  return true;
+}
+
+bool DebugLock::TryLockBefore(const Deadline& deadline) {
+  if (!internal::TryLockBefore(impl_->get_mutex(), deadline)) return false;
   internal::RecordAcquisition(*impl_);
   return true;
 }

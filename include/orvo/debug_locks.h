@@ -24,10 +24,12 @@
 
 #include <pthread.h>
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <thread>
 
+#include "orvo/deadline.h"
 #include "orvo/export.h"
 #include "orvo/lock.h"
 #include "orvo/orvo_lock_debug.h"
@@ -70,6 +72,25 @@ class ORVO_EXPORT DebugLock : public OrvoLock {
   /// time means.
   bool TimedLock(double seconds);
 
+  /// @name Waits in real time
+  /// On the monotonic clock, at once where the lock is free. A length of 0 or
+  /// less makes one attempt.
+  /// Nothing is printed.
+  ///
+  /// @return  Whether the lock is now held.
+  /// @throws LockError  "pthread_mutex_clocklock failed with error N".
+  /// @{
+  template <typename Rep, typename Period>
+  bool TryLockFor(const std::chrono::duration<Rep, Period>& length) {
+    return TryLockBefore(Deadline::After(length));
+  }
+  template <typename Duration>
+  bool TryLockUntil(const std::chrono::time_point<std::chrono::steady_clock,
+                                                  Duration>& time) {
+    return TryLockBefore(Deadline::At(time));
+  }
+  /// @}
+
   pthread_mutex_t* get_mutex() override;
   void SetOwner(const std::thread::id& owner) override;
 
@@ -107,6 +128,8 @@ class ORVO_EXPORT DebugLock : public OrvoLock {
 
  private:
   friend class Condition;
+
+  bool TryLockBefore(const Deadline& deadline);
 
   // Around a wait that releases the mutex behind the lock's back: the calling
   // thread, which holds the lock once, is no holder in between.

@@ -16,15 +16,25 @@
 /// Where debug locks meet a Condition, declare DebugLock or DebugRLock
 /// (debug_locks.h) in place of Lock or RLock.
 ///
+/// The handles are standard Lockables: std::lock_guard, std::unique_lock,
+/// std::scoped_lock and std::condition_variable_any work with them.
+///
+/// @code
+/// const std::scoped_lock both(totals, tree);
+/// if (lock.TryLockFor(std::chrono::milliseconds(20))) lock.unlock();
+/// @endcode
+///
 /// Any thread may use a lock at any time; moving or destroying a handle while
 /// another thread uses it is undefined.
 
 #include <pthread.h>
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <thread>
 
+#include "orvo/deadline.h"
 #include "orvo/export.h"
 
 namespace orvo {
@@ -102,7 +112,7 @@ class ORVO_EXPORT LockImpl_ {
   /// budget is cut to 32 bits of nanoseconds, so that 5 seconds mean 0.705
   /// seconds and a negative time a long one, and after a sleep that a signal
   /// interrupts each later one asks for the remainder of that sleep only.
-  /// For waits in real time see std::timed_mutex.
+  /// For waits in real time see Lock::TryLockFor().
   ///
   /// @param seconds  0 still makes one attempt and one sleep.
   /// @return         Whether the mutex is now held.
@@ -185,6 +195,27 @@ class ORVO_EXPORT Lock : public OrvoLock {
   /// Polls for the lock; see LockImpl_::TimedLock() for what the time means.
   bool TimedLock(double seconds);
 
+  /// @name Waits in real time
+  /// On the monotonic clock, at once where the lock is free. A length of 0 or
+  /// less makes one attempt.
+  ///
+  /// A debug implementation records its new owner. Any other is not asked: it
+  /// is its mutex that is taken.
+  ///
+  /// @return  Whether the lock is now held.
+  /// @throws LockError  "pthread_mutex_clocklock failed with error N".
+  /// @{
+  template <typename Rep, typename Period>
+  bool TryLockFor(const std::chrono::duration<Rep, Period>& length) {
+    return TryLockBefore(Deadline::After(length));
+  }
+  template <typename Duration>
+  bool TryLockUntil(const std::chrono::time_point<std::chrono::steady_clock,
+                                                  Duration>& time) {
+    return TryLockBefore(Deadline::At(time));
+  }
+  /// @}
+
   pthread_mutex_t* get_mutex() override;
   void SetOwner(const std::thread::id& owner) override;
 
@@ -207,6 +238,9 @@ class ORVO_EXPORT Lock : public OrvoLock {
 
  protected:
   std::unique_ptr<LockImpl_> impl_;  ///< Never null but after a move.
+
+ private:
+  bool TryLockBefore(const Deadline& deadline);
 };
 
 /// A mutex with a name that its holder may take again; each lock() needs an
