@@ -24,11 +24,12 @@
 /// DebugRLock (debug_locks.h), given directly or through scope locks, learns of
 /// it: the waiting thread does not count as its holder.
 ///
-/// Kept on purpose: a Lock or RLock that owns a debug implementation does not
-/// survive a wait that is signalled. The signalling thread takes and releases
-/// the lock meanwhile, which clears the owner, so that the release after the
-/// wait throws LockError and, in a scope lock or in Wait() itself, ends the
-/// process. Declare such a lock as DebugLock or DebugRLock.
+/// Kept on purpose: a Lock that owns a debug implementation does not survive a
+/// wait that is signalled. The signalling thread takes and releases the lock
+/// meanwhile, which clears the owner, so that the release after the wait throws
+/// LockError and, in a scope lock or in Wait() itself, ends the process. An
+/// RLock that owns one forgets its holder. Declare such locks as DebugLock or
+/// DebugRLock.
 
 #include <pthread.h>
 
