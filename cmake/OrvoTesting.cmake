@@ -30,10 +30,15 @@ function(orvo_add_test name)
   add_test(NAME ${name} COMMAND ${target} --gtest_brief=1)
 endfunction()
 
-# orvo_add_program(NAME): builds tests/programs/NAME.cpp, a child program of
-# tests, which find it as orvo_test::ProgramPath("NAME").
+# orvo_add_program(NAME [SOURCE]): builds tests/programs/NAME.cpp, or another
+# source named relative to that folder, as a child program of tests, which find
+# it as orvo_test::ProgramPath("NAME").
 function(orvo_add_program name)
-  add_executable(${name}_program programs/${name}.cpp)
+  set(source ${name}.cpp)
+  if(ARGC GREATER 1)
+    set(source ${ARGV1})
+  endif()
+  add_executable(${name}_program programs/${source})
   orvo_set_warnings(${name}_program)
   target_link_libraries(${name}_program PRIVATE orvo::orvo)
   set_target_properties(${name}_program PROPERTIES

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "orvo/condition.h"
+#include "orvo/debug_locks.h"
 #include "orvo/exception_log.h"
 #include "orvo/lock.h"
 #include "orvo/scope_lock.h"
@@ -46,7 +47,11 @@ class JobQueue {
   }
 
  private:
+#ifdef JOB_QUEUE_WITH_DEBUG_LOCK
+  orvo::DebugLock lock_{"jobs"};  // reports misuse; nothing else changes
+#else
   orvo::Lock lock_{"jobs"};
+#endif
   orvo::Condition changed_;
   std::deque<int> jobs_;  // guarded by lock_
   bool closed_ = false;   // guarded by lock_

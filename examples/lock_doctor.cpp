@@ -1,4 +1,5 @@
-// Plays five accidents with locks and shows what the library says of each.
+// Plays five accidents with locks, shows what the library says of each, and
+// describes a lock in good health.
 #include <functional>
 #include <future>
 #include <iostream>
@@ -8,6 +9,7 @@
 #include <string>
 
 #include "orvo/condition.h"
+#include "orvo/debug_locks.h"
 #include "orvo/lock.h"
 #include "orvo/orvo_lock_debug.h"
 #include "orvo/scope_lock.h"
@@ -104,5 +106,10 @@ int main() {
                      });
 
   std::cout << 5 - missed << " of 5 accidents were reported.\n";
+
+  // The oven is well: it only has a holder.
+  orvo::DebugLock oven("oven");
+  const orvo::DebugScopeLock roasting(oven, "Roast", __FILE__, __LINE__);
+  As("waiter", [&] { std::cout << oven.Describe() << "\n"; });
   return missed == 0 ? 0 : 1;
 }

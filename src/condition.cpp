@@ -3,7 +3,9 @@
 #include <cerrno>
 #include <ctime>
 #include <string>
+#include <typeinfo>
 
+#include "orvo/debug_locks.h"
 #include "orvo/scope_lock.h"
 #include "orvo/thread_safe_ostream.h"
 
@@ -17,7 +19,45 @@ const std::string& ThisFile() {
   return *file;
 }
 
+// Answers for a timed wait of this result.
+bool WasWoken(int result, const char* function) {
+  if (result != 0 && result != ETIMEDOUT) {
+    CoutBuffer() << function << " errcode " << result << endl;
+  }
+  return result == 0;
+}
+
 }  // namespace
+
+// Keeps the books of a debug lock for the length of a wait; any other lock
+// hears nothing of it.
+class __attribute__((visibility("hidden"))) Condition::WaitBooks {
+ public:
+  WaitBooks(OrvoLock& lock, int line)
+      : lock_(FindDebugLock(lock)), line_(line) {
+    if (lock_ != nullptr) lock_->BeginWait(ThisFile(), line_);
+  }
+  WaitBooks(const WaitBooks&) = delete;
+  WaitBooks& operator=(const WaitBooks&) = delete;
+  ~WaitBooks() {
+    if (lock_ != nullptr) lock_->EndWait(ThisFile(), line_);
+  }
+
+ private:
+  // Also behind scope locks; null if there is none.
+  static DebugLock* FindDebugLock(OrvoLock& lock) {
+    // Spares plain locks, which are most, the casts.
+    if (typeid(lock) == typeid(Lock)) return nullptr;
+    OrvoLock* found = &lock;
+    while (auto* const scope = dynamic_cast<ScopeLockBase*>(found)) {
+      found = scope->held();
+    }
+    return dynamic_cast<DebugLock*>(found);
+  }
+
+  DebugLock* lock_;
+  int line_;
+};
 
 Condition::Condition() {
   pthread_cond_init(&condition_, nullptr);
@@ -33,6 +73,7 @@ void Condition::Wait(OrvoLock& lock) {
 }
 
 void Condition::WaitWhileLocked(OrvoLock& lock) {
+  const WaitBooks books(lock, __LINE__);
   pthread_cond_wait(&condition_, lock.get_mutex());
 }
 
@@ -42,13 +83,11 @@ bool Condition::TimedWait(OrvoLock& lock, int seconds) {
 }
 
 bool Condition::TimedWaitWhileLocked(OrvoLock& lock, int seconds) {
+  const WaitBooks books(lock, __LINE__);
   const timespec deadline{time(nullptr) + seconds, 0};
   const int result =
       pthread_cond_timedwait(&condition_, lock.get_mutex(), &deadline);
-  if (result != 0 && result != ETIMEDOUT) {
-    CoutBuffer() << "pthread_cond_timedwait errcode " << result << endl;
-  }
-  return result == 0;
+  return WasWoken(result, "pthread_cond_timedwait");
 }
 
 void Condition::Signal(OrvoLock& lock) {
@@ -67,6 +106,14 @@ void Condition::SignalWhileLocked() {
 
 void Condition::BroadcastWhileLocked() {
   pthread_cond_broadcast(&condition_);
+}
+
+bool Condition::WaitBefore(OrvoLock& lock, const Deadline& deadline) {
+  const WaitBooks books(lock, __LINE__);
+  const timespec time = deadline.GetAsTimespec();
+  return WasWoken(pthread_cond_clockwait(&condition_, lock.get_mutex(),
+                                         CLOCK_MONOTONIC, &time),
+                  "pthread_cond_clockwait");
 }
 
 }  // namespace orvo

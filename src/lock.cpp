@@ -7,6 +7,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "internal/debug_books.h"
+#include "internal/timed_mutex.h"
 #include "orvo/errors.h"
 #include "orvo/format.h"
 
@@ -146,6 +148,14 @@ bool Lock::try_lock() {
 
 bool Lock::TimedLock(double seconds) {
   return impl_->TimedLock(seconds);
+}
+
+bool Lock::TryLockBefore(const Deadline& deadline) {
+  if (!internal::TryLockBefore(impl_->get_mutex(), deadline)) return false;
+  if (auto* const debug = dynamic_cast<DebugLockImpl_*>(impl_.get())) {
+    internal::RecordAcquisition(*debug);
+  }
+  return true;
 }
 
 pthread_mutex_t* Lock::get_mutex() {

@@ -58,6 +58,14 @@ void PrintNotAcquiredOnce(int line, int count, const std::string& callers_file,
                << "threadLockCount = " << count << " line: " << line << endl;
 }
 
+// Keeps a name within its line.
+std::string InOneLine(std::string text) {
+  for (char& character : text) {
+    if (static_cast<unsigned char>(character) < ' ') character = ' ';
+  }
+  return text;
+}
+
 // Wraps around at the limits, to which a program may have set a count.
 int Add(int count, int step) {
   return static_cast<int>(static_cast<unsigned>(count) +
@@ -204,6 +212,47 @@ bool DebugLockImpl_::GetWaitWillUnlock(const std::thread::id& threadId) {
   const BooksGuard guard(books_mutex_);
   const auto flag = wait_will_unlock_.find(threadId);
   return flag != wait_will_unlock_.end() && flag->second;
+}
+
+std::thread::id DebugLockImpl_::GetOwner() const {
+  const BooksGuard guard(books_mutex_);
+  return owner_;
+}
+
+std::string DebugLockImpl_::GetOwnerName() const {
+  const std::thread::id owner = GetOwner();
+  if (owner == std::thread::id()) return std::string();
+  return threadNames.GetThreadName(owner);
+}
+
+int DebugLockImpl_::GetDepth() const {
+  const BooksGuard guard(books_mutex_);
+  const std::thread::id owner = owner_;
+  if (owner == std::thread::id()) return 0;
+  const auto* const recursive = dynamic_cast<const DebugRLockImpl_*>(this);
+  if (recursive == nullptr) return 1;
+  const auto count = recursive->counts_.find(owner);
+  return count == recursive->counts_.end() ? 0 : count->second;
+}
+
+LockingCodeReference DebugLockImpl_::GetPendingReference(
+    const std::thread::id& threadId) const {
+  const BooksGuard guard(books_mutex_);
+  const auto reference = pending_references_.find(threadId);
+  return reference == pending_references_.end() ? LockingCodeReference()
+                                                : reference->second;
+}
+
+std::string DebugLockImpl_::Describe() const {
+  const BooksGuard guard(books_mutex_);
+  const std::string lock = "Lock " + InOneLine(name_);
+  const std::thread::id owner = owner_;
+  if (owner == std::thread::id()) return lock + " is free.";
+  const std::string place = GetPendingReference(owner).GetAsString();
+  return lock + " is held by " + InOneLine(GetOwnerName()) + ", depth " +
+         std::to_string(GetDepth()) +
+         (place.empty() ? "."
+                        : ", last announced from " + InOneLine(place) + ".");
 }
 
 DebugRLockImpl_::DebugRLockImpl_(const std::string& name)

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "orvo/condition.h"
+#include "orvo/scope_lock.h"
 #include "tests/support/capture.h"
 #include "tests/support/interpose/calls.h"
 #include "tests/support/recording_lock.h"
@@ -122,6 +123,18 @@ TEST_F(ConditionCalls, OfTheLockedFormsLeaveTheLockAlone) {
   EXPECT_THAT(TakeCalls(), ElementsAre("pthread_cond_signal"));
   condition_.BroadcastWhileLocked();
   EXPECT_THAT(TakeCalls(), ElementsAre("pthread_cond_broadcast"));
+}
+
+TEST_F(ConditionCalls, OfTheLockedFormsAskThroughScopeLocksForTheMutexOnly) {
+  orvo::ScopeLock outer(lock_);
+  outer.unlock();
+  orvo::ScopeLock inner(outer);
+  TakeCalls();
+  condition_.WaitWhileLocked(inner);
+  EXPECT_THAT(TakeCalls(), ElementsAre("get_mutex", "pthread_cond_wait"));
+  EXPECT_TRUE(condition_.TimedWaitWhileLocked(inner, 5));
+  EXPECT_THAT(TakeCalls(),
+              ElementsAre("time", "get_mutex", "pthread_cond_timedwait"));
 }
 
 TEST_F(ConditionCalls, NameTheFunctionAndItsPlaceToTheLock) {

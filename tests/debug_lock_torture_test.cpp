@@ -2,13 +2,20 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <future>
 #include <iostream>
 #include <random>
 #include <streambuf>
 #include <thread>
 #include <vector>
 
+#include "orvo/condition.h"
+#include "orvo/debug_locks.h"
 #include "orvo/orvo_lock_debug.h"
+#include "orvo/scope_lock.h"
 #include "tests/support/debug_locks.h"
 #include "tests/support/interpose/calls.h"
 #include "tests/support/latch.h"
@@ -135,6 +142,112 @@ void Torture(int max_depth) {
   EXPECT_GT(arena.steps, kSteps);
   EXPECT_EQ(arena.lock.owner(), std::thread::id());
   EXPECT_TRUE(arena.lock.BooksAreFree());
+}
+
+// Ends the process if it lives for too long: a lost wake-up would last for
+// ever.
+class Watchdog {
+ public:
+  Watchdog() : thread_([this] { Watch(); }) {}
+  Watchdog(const Watchdog&) = delete;
+  Watchdog& operator=(const Watchdog&) = delete;
+  ~Watchdog() {
+    over_.set_value();
+    thread_.join();
+  }
+
+ private:
+  void Watch() {
+    if (over_.get_future().wait_for(std::chrono::minutes(4)) ==
+        std::future_status::timeout) {
+      std::fputs("The hand-overs hang.\n", stderr);
+      std::abort();
+    }
+  }
+
+  std::promise<void> over_;
+  std::thread thread_;
+};
+
+// ORVO_HANDOVERS in the environment asks for another number.
+int HandOvers() {
+  const char* const number = std::getenv("ORVO_HANDOVERS");
+  return number == nullptr ? 100000 : std::atoi(number);
+}
+
+// Three threads take turns, each waiting for its own.
+template <typename Handle>
+struct Relay {
+  static constexpr int kRunners = 3;
+
+  Handle lock{"relay"};
+  orvo::Condition changed;
+  int turn = 0;    // guarded by lock
+  int faults = 0;  // guarded by lock
+  const int turns = HandOvers();
+
+  void Run(int runner) {
+    for (int mine = runner; mine < turns; mine += kRunners) {
+      orvo::DebugScopeLock scope(lock, "Run", "relay.cpp", mine % 1000);
+      Wait(scope, mine);
+      if (turn != mine) ++faults;
+      if (lock.GetOwner() != std::this_thread::get_id()) ++faults;
+      if (lock.GetDepth() != 1) ++faults;
+      turn = mine + 1;
+      if (mine % 2 == 0) {
+        changed.BroadcastWhileLocked();
+        continue;
+      }
+      scope.unlock();
+      changed.Broadcast(lock);
+    }
+  }
+
+  // In one of the ways there are.
+  void Wait(orvo::OrvoLock& scope, int mine) {
+    const auto is_mine = [&] { return turn == mine; };
+    switch (mine % 4) {
+      case 0:
+        while (!is_mine()) changed.WaitWhileLocked(lock);
+        break;
+      case 1:
+        while (!is_mine()) changed.TimedWaitWhileLocked(scope, 1000);
+        break;
+      case 2:
+        changed.WaitUntilTrue(scope, is_mine);
+        break;
+      default:
+        changed.WaitFor(lock, std::chrono::hours(1), is_mine);
+    }
+  }
+};
+
+template <typename Handle>
+void HandOver() {
+  const ScopedHook hook(orvo_test::nanosleep_calls,
+                        [](const timespec*, timespec*) {
+                          std::this_thread::yield();
+                          return 0;
+                        });
+  const Silence silence;
+  const Watchdog watchdog;
+  Relay<Handle> relay;
+  std::vector<std::thread> runners;
+  for (int i = 0; i < Relay<Handle>::kRunners; ++i) {
+    runners.emplace_back([&relay, i] { relay.Run(i); });
+  }
+  for (std::thread& runner : runners) runner.join();
+  EXPECT_EQ(relay.turn, relay.turns);
+  EXPECT_EQ(relay.faults, 0);
+  EXPECT_EQ(relay.lock.Describe(), "Lock relay is free.");
+}
+
+TEST(DebugLockTorture, HandsOverThroughConditions) {
+  HandOver<orvo::DebugLock>();
+}
+
+TEST(DebugRLockTorture, HandsOverThroughConditions) {
+  HandOver<orvo::DebugRLock>();
 }
 
 TEST(DebugLockTorture, KeepsThreadsApartAndItsBooksInOrder) {

@@ -53,6 +53,17 @@ TEST(JobQueue, LogsTheJobsThatFail) {
   EXPECT_THAT(log, HasSubstr(": job 1000 failed\n"));
 }
 
+TEST(JobQueue, RunsWithADebugLock) {
+  const TemporaryFolder folder;
+  const ProgramResult result =
+      RunProgram({orvo_test::ProgramPath("job_queue_with_debug_lock"), "1005",
+                  folder / "log"});
+  EXPECT_EQ(result.exit_status, 0);
+  EXPECT_EQ(result.errors, "");
+  EXPECT_THAT(result.output, EndsWith("1005 jobs, 100 failed\n"));
+  EXPECT_EQ(Count("LogException(job ", result.output), 100);
+}
+
 TEST(JobQueue, NeedsNoJobs) {
   EXPECT_EQ(RunJobQueue({"0"}).output, "0 jobs, 0 failed\n");
 }

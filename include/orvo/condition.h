@@ -20,14 +20,22 @@
 ///
 /// Any number of threads may wait and signal at once.
 ///
-/// A wait releases and retakes the mutex behind the lock's back. A handle that
-/// owns a debug implementation does not survive a wait that is signalled: the
-/// signalling thread takes and releases the lock meanwhile, which clears the
-/// owner, so that the release after the wait throws LockError and, in a scope
-/// lock or in Wait() itself, ends the process. Wait with plain locks.
+/// A wait releases and retakes the mutex behind the lock's back. A DebugLock or
+/// DebugRLock (debug_locks.h), given directly or through scope locks, learns of
+/// it: the waiting thread does not count as its holder.
+///
+/// Kept on purpose: a Lock that owns a debug implementation does not survive a
+/// wait that is signalled. The signalling thread takes and releases the lock
+/// meanwhile, which clears the owner, so that the release after the wait throws
+/// LockError and, in a scope lock or in Wait() itself, ends the process. An
+/// RLock that owns one forgets its holder. Declare such locks as DebugLock or
+/// DebugRLock.
 
 #include <pthread.h>
 
+#include <chrono>
+
+#include "orvo/deadline.h"
 #include "orvo/export.h"
 #include "orvo/lock.h"
 
@@ -61,12 +69,70 @@ class ORVO_EXPORT Condition {
   ///
   /// The deadline is a whole second of the wall clock: the current second plus
   /// @p seconds. The wait therefore lasts up to one second less than asked
-  /// for, and setting the clock shortens or lengthens it.
+  /// for, and setting the clock shortens or lengthens it. WaitFor() waits in
+  /// real time.
   ///
   /// @param seconds  0 and less are over at once.
   /// @return         Whether the thread was woken; false after the deadline
   ///                 and, with a line on the standard output, on any error.
   bool TimedWaitWhileLocked(OrvoLock& lock, int seconds);
+
+  /// @name Waits in real time
+  /// For callers that hold the lock; it is free meanwhile and held again after.
+  /// They end on the monotonic clock, to the nanosecond, unlike
+  /// TimedWaitWhileLocked(). A length of 0 or less is over at once.
+  ///
+  /// With a predicate they wait until it is true, testing it with the lock held
+  /// first of all and after each wake-up. An exception of its own passes
+  /// through, with the lock held.
+  ///
+  /// @code
+  /// const orvo::ScopeLock scope(lock);
+  /// if (filled.WaitFor(lock, std::chrono::milliseconds(20),
+  ///                    [&] { return !queue.empty(); })) {
+  ///   Run(queue.front());
+  /// }
+  /// @endcode
+  ///
+  /// @return  Without a predicate whether the thread was woken; false after the
+  ///          deadline and, with a line on the standard output, on any error.
+  ///          With one whether it is true, be it after the deadline.
+  /// @{
+  template <typename Rep, typename Period>
+  bool WaitFor(OrvoLock& lock,
+               const std::chrono::duration<Rep, Period>& length) {
+    return WaitBefore(lock, Deadline::After(length));
+  }
+  template <typename Rep, typename Period, typename Predicate>
+  bool WaitFor(OrvoLock& lock, const std::chrono::duration<Rep, Period>& length,
+               Predicate predicate) {
+    return WaitBefore(lock, Deadline::After(length), predicate);
+  }
+  template <typename Duration>
+  bool WaitUntil(OrvoLock& lock,
+                 const std::chrono::time_point<std::chrono::steady_clock,
+                                               Duration>& time) {
+    return WaitBefore(lock, Deadline::At(time));
+  }
+  template <typename Duration, typename Predicate>
+  bool WaitUntil(
+      OrvoLock& lock,
+      const std::chrono::time_point<std::chrono::steady_clock, Duration>& time,
+      Predicate predicate) {
+    return WaitBefore(lock, Deadline::At(time), predicate);
+  }
+  /// @}
+
+  /// WaitWhileLocked() until the predicate is true, which is tested with the
+  /// lock held first of all and after each wake-up.
+  ///
+  /// @code
+  /// filled.WaitUntilTrue(lock, [&] { return !queue.empty(); });
+  /// @endcode
+  template <typename Predicate>
+  void WaitUntilTrue(OrvoLock& lock, Predicate predicate) {
+    while (!predicate()) WaitWhileLocked(lock);
+  }
 
   /// Takes the lock, wakes one waiting thread and releases the lock.
   void Signal(OrvoLock& lock);
@@ -81,6 +147,19 @@ class ORVO_EXPORT Condition {
   void BroadcastWhileLocked();
 
  private:
+  class WaitBooks;
+
+  bool WaitBefore(OrvoLock& lock, const Deadline& deadline);
+
+  template <typename Predicate>
+  bool WaitBefore(OrvoLock& lock, const Deadline& deadline,
+                  Predicate& predicate) {
+    while (!predicate()) {
+      if (!WaitBefore(lock, deadline)) return predicate();
+    }
+    return true;
+  }
+
   pthread_cond_t condition_;
 };
 

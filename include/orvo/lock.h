@@ -13,15 +13,28 @@
 /// orvo::Lock watched(std::make_unique<orvo::DebugLockImpl_>("watched"));
 /// @endcode
 ///
+/// Where debug locks meet a Condition, declare DebugLock or DebugRLock
+/// (debug_locks.h) in place of Lock or RLock.
+///
+/// The handles are standard Lockables: std::lock_guard, std::unique_lock,
+/// std::scoped_lock and std::condition_variable_any work with them.
+///
+/// @code
+/// const std::scoped_lock both(totals, tree);
+/// if (lock.TryLockFor(std::chrono::milliseconds(20))) lock.unlock();
+/// @endcode
+///
 /// Any thread may use a lock at any time; moving or destroying a handle while
 /// another thread uses it is undefined.
 
 #include <pthread.h>
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <thread>
 
+#include "orvo/deadline.h"
 #include "orvo/errors.h"  // IWYU pragma: export
 #include "orvo/export.h"
 
@@ -102,7 +115,7 @@ class ORVO_EXPORT LockImpl_ {
   /// 2^32 never end while the lock is held), and after a sleep that a signal
   /// interrupts each later one asks for the remainder of that sleep only. A
   /// time beyond 64 bits of nanoseconds counts as 0.
-  /// For waits in real time see std::timed_mutex.
+  /// For waits in real time see Lock::TryLockFor().
   ///
   /// @param seconds  0 still makes one attempt and one sleep.
   /// @return         Whether the mutex is now held.
@@ -167,8 +180,9 @@ class ORVO_EXPORT Lock : public OrvoLock {
 
   /// A lock with an implementation of the caller's choice.
   ///
-  /// With a debug implementation do not wait on a Condition: a wait that is
-  /// signalled leaves the lock without an owner, see condition.h.
+  /// Kept on purpose: with a debug implementation a wait on a Condition that is
+  /// signalled leaves the lock without an owner, which ends the process at the
+  /// next release; DebugLock survives it, see condition.h.
   ///
   /// @throws std::invalid_argument  @p impl is null.
   explicit Lock(std::unique_ptr<LockImpl_> impl);
@@ -184,10 +198,32 @@ class ORVO_EXPORT Lock : public OrvoLock {
   /// Polls for the lock; see LockImpl_::TimedLock() for what the time means.
   bool TimedLock(double seconds);
 
+  /// @name Waits in real time
+  /// On the monotonic clock, at once where the lock is free. A length of 0 or
+  /// less makes one attempt.
+  ///
+  /// A debug implementation records its new owner. Any other is not asked: it
+  /// is its mutex that is taken.
+  ///
+  /// @return  Whether the lock is now held.
+  /// @throws LockError  "pthread_mutex_clocklock failed with error N".
+  /// @{
+  template <typename Rep, typename Period>
+  bool TryLockFor(const std::chrono::duration<Rep, Period>& length) {
+    return TryLockBefore(Deadline::After(length));
+  }
+  template <typename Duration>
+  bool TryLockUntil(const std::chrono::time_point<std::chrono::steady_clock,
+                                                  Duration>& time) {
+    return TryLockBefore(Deadline::At(time));
+  }
+  /// @}
+
   pthread_mutex_t* get_mutex() override;
   void SetOwner(const std::thread::id& owner) override;
 
-  /// Kept on purpose: the same as lock(); the place is not passed on.
+  /// Kept on purpose: the same as lock(); the place is not passed on. DebugLock
+  /// passes it on.
   void LockWithFilenameAndLineNumber(const std::string& function,
                                      const std::string& file,
                                      int line) override;
@@ -205,6 +241,9 @@ class ORVO_EXPORT Lock : public OrvoLock {
 
  protected:
   std::unique_ptr<LockImpl_> impl_;  ///< Never null but after a move.
+
+ private:
+  bool TryLockBefore(const Deadline& deadline);
 };
 
 /// A mutex with a name that its holder may take again; each lock() needs an
@@ -219,7 +258,8 @@ class ORVO_EXPORT RLock : public Lock {
   /// @throws std::invalid_argument  @p impl is null.
   explicit RLock(std::unique_ptr<LockImpl_> impl);
 
-  /// Kept on purpose: always 0, however often the lock is held.
+  /// Kept on purpose: always 0, however often the lock is held;
+  /// DebugRLock::GetDepth() counts.
   int count();
 };
 

@@ -6,6 +6,8 @@
 
 #include "orvo/byte_order.h"           // IWYU pragma: export
 #include "orvo/condition.h"            // IWYU pragma: export
+#include "orvo/deadline.h"             // IWYU pragma: export
+#include "orvo/debug_locks.h"          // IWYU pragma: export
 #include "orvo/errors.h"               // IWYU pragma: export
 #include "orvo/exception_log.h"        // IWYU pragma: export
 #include "orvo/format.h"               // IWYU pragma: export

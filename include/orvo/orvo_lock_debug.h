@@ -11,6 +11,9 @@
 /// orvo::RLock tree(std::make_unique<orvo::DebugRLockImpl_>("tree"));
 /// @endcode
 ///
+/// DebugLock and DebugRLock (debug_locks.h) own one and also work with
+/// conditions.
+///
 /// A thread that waits in vain says so on the standard output and keeps
 /// trying; a release by the wrong thread is an exception; books that do not
 /// add up end the process in an assertion or, where assertions are compiled
@@ -138,10 +141,39 @@ class ORVO_EXPORT DebugLockImpl_ : public LockImpl_ {
   /// Whether the thread with this id has announced a wait.
   bool GetWaitWillUnlock(const std::thread::id& threadId);
 
+  /// @name Inspection
+  /// What the books say at this moment; unless the calling thread holds the
+  /// lock, another one may change it at once. Nothing is changed or printed.
+  /// @{
+
+  /// The holder, or the default id.
+  std::thread::id GetOwner() const;
+
+  /// The holder's name, see thread_names.h; empty if nobody holds the lock.
+  std::string GetOwnerName() const;
+
+  /// How often the holder has taken the lock: at most 1 unless the lock is
+  /// recursive, 0 if nobody holds it.
+  int GetDepth() const;
+
+  /// The place that the thread with this id has announced last; no reference if
+  /// it has announced none.
+  LockingCodeReference GetPendingReference(
+      const std::thread::id& threadId) const;
+
+  /// All of the above in one line, without an end of line, for example "Lock
+  /// orders is held by cook, depth 1, last announced from AddOrder -->
+  /// shop/orders.cpp:62." or "Lock orders is free.".
+  ///
+  /// @return  The place is left out if the holder has announced none. Control
+  ///          characters in names become blanks.
+  std::string Describe() const;
+  /// @}
+
  protected:
   /// Guards the books of this class and of derived ones. Recursive, because
   /// checks call other guarded members.
-  std::recursive_mutex books_mutex_;
+  mutable std::recursive_mutex books_mutex_;
 
   /// The holder, or the default id. Written under books_mutex_; atomic, because
   /// ThrowIfOwnedByThisThread() reads it without.
@@ -233,6 +265,8 @@ class ORVO_EXPORT DebugRLockImpl_ : public DebugLockImpl_ {
 
   // Prints the banner of a lock in other hands and the list that follows it.
   void PrintContention();
+
+  friend class DebugLockImpl_;  // whose GetDepth() looks up the holder's count
 
   // Entries are never erased. Guarded by books_mutex_.
   std::map<std::thread::id, int> counts_;

@@ -35,6 +35,8 @@
 
 namespace orvo {
 
+class Condition;
+
 /// What all scope locks have in common.
 ///
 /// An acquisition that fails with an exception leaves the scope lock released.
@@ -126,6 +128,8 @@ class ORVO_EXPORT ScopeLockBase : public OrvoLock {
   OrvoLock* held() { return held_; }
 
  private:
+  friend class Condition;  // keeps the books of debug locks behind scope locks
+
   void Hold() { held_ = std::exchange(released_, nullptr); }
   void Release() { released_ = std::exchange(held_, nullptr); }
 

@@ -6,8 +6,16 @@
  * mutual exclusion, the absence of deadlock (no thread is left waiting) and
  * that the books tell the truth whenever no thread is inside an operation.
  *
- * -DRECURSIVE gives DebugRLockImpl_ in place of DebugLockImpl_. scripts/model.sh
- * checks both.
+ * A thread that holds the lock once may also wait on a condition, as through
+ * DebugLock and DebugRLock in src/condition.cpp, and may be woken at any time.
+ *
+ * -DRECURSIVE gives DebugRLockImpl_ in place of DebugLockImpl_.
+ * -DWAITS adds the waits.
+ * -DUNANNOUNCED leaves the announcements of the waits out, as a Lock does that
+ * owns a debug implementation, and the check of the books: what remains is the
+ * accident of condition.h, a release that is refused to the holder.
+ *
+ * scripts/model.sh checks all of these.
  */
 
 #ifdef RECURSIVE
@@ -136,17 +144,64 @@ inline Unlock() {
 
 #endif
 
+/* Around the wait, with the mutex held. The asserts are those of
+ * SetWaitWillUnlock(). */
+inline BeginWait() {
+#ifndef UNANNOUNCED
+  EnterBooks();
+  assert(!announced);
+  announced = true;
+  assert(owner == _pid);
+  counts[_pid] = 0;
+  LeaveBooks();
+  EnterBooks();
+  owner = NOBODY;
+  LeaveBooks()
+#else
+  skip
+#endif
+}
+
+inline EndWait() {
+#ifndef UNANNOUNCED
+  EnterBooks();
+  assert(announced);
+  announced = false;
+  assert(owner == NOBODY);
+  owner = _pid;
+  counts[_pid] = 1;
+  LeaveBooks()
+#else
+  skip
+#endif
+}
+
 inline Begin() { busy++ }
 
 inline End() {
   atomic {
     busy--;
+#ifndef UNANNOUNCED
     if
     :: busy == 0 ->
        assert(owner == mutex);
        assert(mutex == NOBODY || counts[mutex] == depth)
     :: else
     fi
+#endif
+  }
+}
+
+/* The system gives the mutex away and takes it again in its own time; a wake-up
+ * without a cause is one too. Meanwhile the thread is in no operation. */
+inline WaitOnCondition() {
+  atomic { ReleaseMutex(); inside--; End() };
+  atomic {
+    mutex == NOBODY -> mutex = _pid;
+    depth = 1;
+    inside++;
+    assert(inside == 1);
+    Begin()
   }
 }
 
@@ -172,7 +227,7 @@ inline NoteRelease() {
 }
 
 active [THREADS] proctype Thread() {
-  bool taken, refused;
+  bool taken, refused, announced;
   byte held;
 
   do
@@ -203,6 +258,14 @@ active [THREADS] proctype Thread() {
      :: else
      fi;
      End()
+#ifdef WAITS
+  :: held == 1 ->
+     Begin();
+     BeginWait();
+     WaitOnCondition();
+     EndWait();
+     End()
+#endif
   :: held == 0 -> break
   od
 }

@@ -52,6 +52,9 @@ extern Interposed<int(const timespec*, timespec*)> nanosleep_calls;
 extern Interposed<int(const char*, int, mode_t)> open_calls;
 extern Interposed<DIR*(const char*)> opendir_calls;
 extern Interposed<int(pthread_cond_t*)> pthread_cond_broadcast_calls;
+extern Interposed<int(pthread_cond_t*, pthread_mutex_t*, clockid_t,
+                      const timespec*)>
+    pthread_cond_clockwait_calls;
 extern Interposed<int(pthread_cond_t*)> pthread_cond_destroy_calls;
 extern Interposed<int(pthread_cond_t*, const pthread_condattr_t*)>
     pthread_cond_init_calls;
@@ -60,6 +63,8 @@ extern Interposed<int(pthread_cond_t*, pthread_mutex_t*, const timespec*)>
     pthread_cond_timedwait_calls;
 extern Interposed<int(pthread_cond_t*, pthread_mutex_t*)>
     pthread_cond_wait_calls;
+extern Interposed<int(pthread_mutex_t*, clockid_t, const timespec*)>
+    pthread_mutex_clocklock_calls;
 extern Interposed<int(pthread_mutex_t*)> pthread_mutex_destroy_calls;
 extern Interposed<int(pthread_mutex_t*, const pthread_mutexattr_t*)>
     pthread_mutex_init_calls;

@@ -1,0 +1,23 @@
+#ifndef ORVO_INTERNAL_DEBUG_BOOKS_H_
+#define ORVO_INTERNAL_DEBUG_BOOKS_H_
+
+#include <thread>
+
+#include "orvo/orvo_lock_debug.h"
+
+namespace orvo::internal {
+
+/// Writes down that the calling thread has taken the mutex past lock() and
+/// try_lock(), which do so themselves.
+inline void RecordAcquisition(DebugLockImpl_& impl) {
+  const std::thread::id threadId = std::this_thread::get_id();
+  if (auto* const recursive = dynamic_cast<DebugRLockImpl_*>(&impl)) {
+    recursive->IncrementCount(threadId);
+  }
+  // That of the recursive lock hands a count over, which no free lock has.
+  impl.DebugLockImpl_::SetOwner(threadId);
+}
+
+}  // namespace orvo::internal
+
+#endif  // ORVO_INTERNAL_DEBUG_BOOKS_H_
