@@ -13,7 +13,10 @@ ScopedCoutCapture* innermostCapture = nullptr;
 ThreadSafeOStream::ThreadSafeOStream(std::ostream& stream) : stream_(&stream) {}
 
 ThreadSafeOStream::~ThreadSafeOStream() {
-  if (saved_buffer_ != nullptr) stream_->rdbuf(saved_buffer_);
+  if (saved_buffer_ == nullptr) return;
+  // After a second redirection it is that of the file, which ends here, while
+  // the standard output is flushed once more at the very end of the process.
+  stream_->rdbuf(saved_buffer_ == file_.rdbuf() ? nullptr : saved_buffer_);
 }
 
 ThreadSafeOStream& ThreadSafeOStream::flush() {
