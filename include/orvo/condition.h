@@ -38,6 +38,7 @@
 #include "orvo/deadline.h"
 #include "orvo/export.h"
 #include "orvo/lock.h"
+#include "orvo/thread_annotations.h"
 
 namespace orvo {
 
@@ -55,15 +56,15 @@ class ORVO_EXPORT Condition {
   ///
   /// The caller must not hold the lock, unless it is recursive, and nothing is
   /// tested in between: to wait for a state use WaitWhileLocked().
-  void Wait(OrvoLock& lock);
+  void Wait(OrvoLock& lock) ORVO_EXCLUDES(lock);
 
   /// Waits for one wake-up; the lock is free meanwhile and held again after.
-  void WaitWhileLocked(OrvoLock& lock);
+  void WaitWhileLocked(OrvoLock& lock) ORVO_REQUIRES(lock);
 
   /// Wait() with a time-out; see TimedWaitWhileLocked() for its length.
   ///
   /// @return  Whether the thread was woken.
-  bool TimedWait(OrvoLock& lock, int seconds);
+  bool TimedWait(OrvoLock& lock, int seconds) ORVO_EXCLUDES(lock);
 
   /// WaitWhileLocked() with a time-out.
   ///
@@ -75,7 +76,7 @@ class ORVO_EXPORT Condition {
   /// @param seconds  0 and less are over at once.
   /// @return         Whether the thread was woken; false after the deadline
   ///                 and, with a line on the standard output, on any error.
-  bool TimedWaitWhileLocked(OrvoLock& lock, int seconds);
+  bool TimedWaitWhileLocked(OrvoLock& lock, int seconds) ORVO_REQUIRES(lock);
 
   /// @name Waits in real time
   /// For callers that hold the lock; it is free meanwhile and held again after.
@@ -99,26 +100,27 @@ class ORVO_EXPORT Condition {
   ///          With one whether it is true, be it after the deadline.
   /// @{
   template <typename Rep, typename Period>
-  bool WaitFor(OrvoLock& lock,
-               const std::chrono::duration<Rep, Period>& length) {
+  bool WaitFor(OrvoLock& lock, const std::chrono::duration<Rep, Period>& length)
+      ORVO_REQUIRES(lock) {
     return WaitBefore(lock, Deadline::After(length));
   }
   template <typename Rep, typename Period, typename Predicate>
   bool WaitFor(OrvoLock& lock, const std::chrono::duration<Rep, Period>& length,
-               Predicate predicate) {
+               Predicate predicate) ORVO_REQUIRES(lock) {
     return WaitBefore(lock, Deadline::After(length), predicate);
   }
   template <typename Duration>
-  bool WaitUntil(OrvoLock& lock,
-                 const std::chrono::time_point<std::chrono::steady_clock,
-                                               Duration>& time) {
+  bool WaitUntil(
+      OrvoLock& lock,
+      const std::chrono::time_point<std::chrono::steady_clock, Duration>& time)
+      ORVO_REQUIRES(lock) {
     return WaitBefore(lock, Deadline::At(time));
   }
   template <typename Duration, typename Predicate>
   bool WaitUntil(
       OrvoLock& lock,
       const std::chrono::time_point<std::chrono::steady_clock, Duration>& time,
-      Predicate predicate) {
+      Predicate predicate) ORVO_REQUIRES(lock) {
     return WaitBefore(lock, Deadline::At(time), predicate);
   }
   /// @}
@@ -130,15 +132,15 @@ class ORVO_EXPORT Condition {
   /// filled.WaitUntilTrue(lock, [&] { return !queue.empty(); });
   /// @endcode
   template <typename Predicate>
-  void WaitUntilTrue(OrvoLock& lock, Predicate predicate) {
+  void WaitUntilTrue(OrvoLock& lock, Predicate predicate) ORVO_REQUIRES(lock) {
     while (!predicate()) WaitWhileLocked(lock);
   }
 
   /// Takes the lock, wakes one waiting thread and releases the lock.
-  void Signal(OrvoLock& lock);
+  void Signal(OrvoLock& lock) ORVO_EXCLUDES(lock);
 
   /// Takes the lock, wakes all waiting threads and releases the lock.
-  void Broadcast(OrvoLock& lock);
+  void Broadcast(OrvoLock& lock) ORVO_EXCLUDES(lock);
 
   /// Wakes one waiting thread.
   void SignalWhileLocked();
@@ -149,11 +151,11 @@ class ORVO_EXPORT Condition {
  private:
   class WaitBooks;
 
-  bool WaitBefore(OrvoLock& lock, const Deadline& deadline);
+  bool WaitBefore(OrvoLock& lock, const Deadline& deadline) ORVO_REQUIRES(lock);
 
   template <typename Predicate>
   bool WaitBefore(OrvoLock& lock, const Deadline& deadline,
-                  Predicate& predicate) {
+                  Predicate& predicate) ORVO_REQUIRES(lock) {
     while (!predicate()) {
       if (!WaitBefore(lock, deadline)) return predicate();
     }

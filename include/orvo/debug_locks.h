@@ -33,6 +33,7 @@
 #include "orvo/export.h"
 #include "orvo/lock.h"
 #include "orvo/orvo_lock_debug.h"
+#include "orvo/thread_annotations.h"
 
 namespace orvo {
 
@@ -60,17 +61,17 @@ class ORVO_EXPORT DebugLock : public OrvoLock {
   ///
   /// @throws std::runtime_error  This thread holds the lock; its stack trace
   ///                             has been printed.
-  void lock() override;
+  void lock() ORVO_ACQUIRE() override;
 
   /// @throws LockError  Another thread holds the lock, or none.
-  void unlock() override;
+  void unlock() ORVO_RELEASE() override;
 
   /// Prints a banner if the lock is held.
-  bool try_lock() override;
+  bool try_lock() ORVO_TRY_ACQUIRE(true) override;
 
   /// Polls for the lock, in silence; see LockImpl_::TimedLock() for what the
   /// time means.
-  bool TimedLock(double seconds);
+  bool TimedLock(double seconds) ORVO_TRY_ACQUIRE(true);
 
   /// @name Waits in real time
   /// On the monotonic clock, at once where the lock is free. A length of 0 or
@@ -81,12 +82,14 @@ class ORVO_EXPORT DebugLock : public OrvoLock {
   /// @throws LockError  "pthread_mutex_clocklock failed with error N".
   /// @{
   template <typename Rep, typename Period>
-  bool TryLockFor(const std::chrono::duration<Rep, Period>& length) {
+  bool TryLockFor(const std::chrono::duration<Rep, Period>& length)
+      ORVO_TRY_ACQUIRE(true) {
     return TryLockBefore(Deadline::After(length));
   }
   template <typename Duration>
-  bool TryLockUntil(const std::chrono::time_point<std::chrono::steady_clock,
-                                                  Duration>& time) {
+  bool TryLockUntil(
+      const std::chrono::time_point<std::chrono::steady_clock, Duration>& time)
+      ORVO_TRY_ACQUIRE(true) {
     return TryLockBefore(Deadline::At(time));
   }
   /// @}
@@ -98,8 +101,8 @@ class ORVO_EXPORT DebugLock : public OrvoLock {
   ///
   /// @throws std::runtime_error  This thread holds the lock.
   void LockWithFilenameAndLineNumber(const std::string& function,
-                                     const std::string& file,
-                                     int line) override;
+                                     const std::string& file, int line)
+      ORVO_ACQUIRE() override;
 
   void SetPendingLockingCodeReference(const std::string& function,
                                       const std::string& file,
@@ -129,7 +132,7 @@ class ORVO_EXPORT DebugLock : public OrvoLock {
  private:
   friend class Condition;
 
-  bool TryLockBefore(const Deadline& deadline);
+  bool TryLockBefore(const Deadline& deadline) ORVO_TRY_ACQUIRE(true);
 
   // Around a wait that releases the mutex behind the lock's back: the calling
   // thread, which holds the lock once, is no holder in between.
@@ -161,12 +164,12 @@ class ORVO_EXPORT DebugRLock : public DebugLock {
 
   /// Waits for the lock unless this thread holds it; see
   /// DebugRLockImpl_::lock().
-  void lock() override;
+  void lock() ORVO_ACQUIRE() override;
 
   /// lock(), after this place has become the thread's pending reference.
   void LockWithFilenameAndLineNumber(const std::string& function,
-                                     const std::string& file,
-                                     int line) override;
+                                     const std::string& file, int line)
+      ORVO_ACQUIRE() override;
 
   /// Kept on purpose: always 0, as that of RLock; GetDepth() counts.
   int count();

@@ -37,23 +37,24 @@
 #include "orvo/deadline.h"
 #include "orvo/errors.h"  // IWYU pragma: export
 #include "orvo/export.h"
+#include "orvo/thread_annotations.h"
 
 namespace orvo {
 
 /// What every lock-like object offers: the handles and the scope locks.
-class ORVO_EXPORT OrvoLock {
+class ORVO_EXPORT ORVO_LOCKABLE OrvoLock {
  public:
   /// Waits until the lock is free and takes it.
-  virtual void lock() = 0;
+  virtual void lock() ORVO_ACQUIRE() = 0;
 
   /// Releases the lock.
-  virtual void unlock() = 0;
+  virtual void unlock() ORVO_RELEASE() = 0;
 
   /// Takes the lock if it is free.
   ///
   /// @return  Whether the lock is now held.
   /// @throws LockError  The system reports anything but "free" or "held".
-  virtual bool try_lock() = 0;
+  virtual bool try_lock() ORVO_TRY_ACQUIRE(true) = 0;
 
   virtual ~OrvoLock();
 
@@ -65,8 +66,8 @@ class ORVO_EXPORT OrvoLock {
 
   /// lock(), naming the place from which the lock is taken.
   virtual void LockWithFilenameAndLineNumber(const std::string& function,
-                                             const std::string& file,
-                                             int line) = 0;
+                                             const std::string& file, int line)
+      ORVO_ACQUIRE() = 0;
 
   /// Announces the place from which this thread is about to take the lock.
   virtual void SetPendingLockingCodeReference(const std::string& function,
@@ -191,12 +192,12 @@ class ORVO_EXPORT Lock : public OrvoLock {
   Lock& operator=(Lock&& other) noexcept;
   ~Lock() override;
 
-  void lock() override;
-  void unlock() override;
-  bool try_lock() override;
+  void lock() ORVO_ACQUIRE() override;
+  void unlock() ORVO_RELEASE() override;
+  bool try_lock() ORVO_TRY_ACQUIRE(true) override;
 
   /// Polls for the lock; see LockImpl_::TimedLock() for what the time means.
-  bool TimedLock(double seconds);
+  bool TimedLock(double seconds) ORVO_TRY_ACQUIRE(true);
 
   /// @name Waits in real time
   /// On the monotonic clock, at once where the lock is free. A length of 0 or
@@ -209,12 +210,14 @@ class ORVO_EXPORT Lock : public OrvoLock {
   /// @throws LockError  "pthread_mutex_clocklock failed with error N".
   /// @{
   template <typename Rep, typename Period>
-  bool TryLockFor(const std::chrono::duration<Rep, Period>& length) {
+  bool TryLockFor(const std::chrono::duration<Rep, Period>& length)
+      ORVO_TRY_ACQUIRE(true) {
     return TryLockBefore(Deadline::After(length));
   }
   template <typename Duration>
-  bool TryLockUntil(const std::chrono::time_point<std::chrono::steady_clock,
-                                                  Duration>& time) {
+  bool TryLockUntil(
+      const std::chrono::time_point<std::chrono::steady_clock, Duration>& time)
+      ORVO_TRY_ACQUIRE(true) {
     return TryLockBefore(Deadline::At(time));
   }
   /// @}
@@ -225,15 +228,17 @@ class ORVO_EXPORT Lock : public OrvoLock {
   /// Kept on purpose: the same as lock(); the place is not passed on. DebugLock
   /// passes it on.
   void LockWithFilenameAndLineNumber(const std::string& function,
-                                     const std::string& file,
-                                     int line) override;
+                                     const std::string& file, int line)
+      ORVO_ACQUIRE() override;
 
-  /// Kept on purpose: does nothing, whatever the implementation.
+  /// Kept on purpose: does nothing, whatever the implementation. DebugLock
+  /// passes it on.
   void SetPendingLockingCodeReference(const std::string& function,
                                       const std::string& file,
                                       int line) override;
 
-  /// Kept on purpose: does nothing, whatever the implementation.
+  /// Kept on purpose: does nothing, whatever the implementation. DebugLock
+  /// passes it on.
   void SetWaitWillUnlock(bool waitWillUnlock, const std::string& file,
                          int line) override;
 
@@ -243,7 +248,7 @@ class ORVO_EXPORT Lock : public OrvoLock {
   std::unique_ptr<LockImpl_> impl_;  ///< Never null but after a move.
 
  private:
-  bool TryLockBefore(const Deadline& deadline);
+  bool TryLockBefore(const Deadline& deadline) ORVO_TRY_ACQUIRE(true);
 };
 
 /// A mutex with a name that its holder may take again; each lock() needs an

@@ -22,6 +22,7 @@
 #include "orvo/stacktrace.h"           // IWYU pragma: export
 #include "orvo/str_gen.h"              // IWYU pragma: export
 #include "orvo/strings.h"              // IWYU pragma: export
+#include "orvo/thread_annotations.h"   // IWYU pragma: export
 #include "orvo/thread_names.h"         // IWYU pragma: export
 #include "orvo/thread_safe_ostream.h"  // IWYU pragma: export
 #include "orvo/time_value.h"           // IWYU pragma: export

@@ -32,6 +32,7 @@
 
 #include "orvo/export.h"
 #include "orvo/lock.h"
+#include "orvo/thread_annotations.h"
 
 namespace orvo {
 
@@ -40,29 +41,35 @@ class Condition;
 /// What all scope locks have in common.
 ///
 /// An acquisition that fails with an exception leaves the scope lock released.
-class ORVO_EXPORT ScopeLockBase : public OrvoLock {
+class ORVO_EXPORT ORVO_SCOPED_LOCKABLE ScopeLockBase : public OrvoLock {
  public:
   /// The lock counts as held: it is not taken here, but released at the end.
-  ORVO_EXPORT_INLINE explicit ScopeLockBase(OrvoLock& lock) : held_(&lock) {}
+  ORVO_EXPORT_INLINE explicit ScopeLockBase(OrvoLock& lock)
+      ORVO_ACQUIRE(lock) ORVO_NO_THREAD_SAFETY_ANALYSIS : held_(&lock) {}
 
   /// A scope lock is a lock like any other: this is no copy.
   ORVO_EXPORT_INLINE explicit ScopeLockBase(ScopeLockBase& lock)
-      : held_(&lock) {}
+      ORVO_ACQUIRE(lock) ORVO_NO_THREAD_SAFETY_ANALYSIS : held_(&lock) {}
 
   ScopeLockBase(const ScopeLockBase&) = delete;
   ScopeLockBase& operator=(const ScopeLockBase&) = delete;
 
   /// Releases the lock if it is held. An exception on the way ends the process.
-  ORVO_EXPORT_INLINE ~ScopeLockBase() override { ScopeLockBase::unlock(); }
+  ORVO_EXPORT_INLINE ~ScopeLockBase()
+      ORVO_RELEASE() ORVO_NO_THREAD_SAFETY_ANALYSIS override {
+    ScopeLockBase::unlock();
+  }
 
   /// Takes the lock again. Undefined unless it was released before.
-  ORVO_EXPORT_INLINE void lock() override {
+  ORVO_EXPORT_INLINE void lock()
+      ORVO_ACQUIRE() ORVO_NO_THREAD_SAFETY_ANALYSIS override {
     Hold();
     AcquireOrRelease([this] { Acquire(); });
   }
 
   /// Releases the lock; nothing happens if it is released already.
-  ORVO_EXPORT_INLINE void unlock() override {
+  ORVO_EXPORT_INLINE void unlock()
+      ORVO_RELEASE() ORVO_NO_THREAD_SAFETY_ANALYSIS override {
     if (held_ == nullptr) return;
     held_->unlock();
     Release();
@@ -70,9 +77,10 @@ class ORVO_EXPORT ScopeLockBase : public OrvoLock {
 
   /// Takes the lock again if it is free. Undefined unless it was released
   /// before.
-  ORVO_EXPORT_INLINE bool try_lock() override {
+  ORVO_EXPORT_INLINE bool try_lock()
+      ORVO_TRY_ACQUIRE(true) ORVO_NO_THREAD_SAFETY_ANALYSIS override {
     Hold();
-    AcquireOrRelease([this] {
+    AcquireOrRelease([this]() ORVO_NO_THREAD_SAFETY_ANALYSIS {
       if (!held_->try_lock()) Release();
     });
     return held_ != nullptr;
@@ -110,7 +118,9 @@ class ORVO_EXPORT ScopeLockBase : public OrvoLock {
   }
 
   /// How this kind of scope lock takes its lock: here with lock().
-  ORVO_EXPORT_INLINE virtual void Acquire() { held_->lock(); }
+  ORVO_EXPORT_INLINE virtual void Acquire() ORVO_NO_THREAD_SAFETY_ANALYSIS {
+    held_->lock();
+  }
 
  protected:
   /// Calls @p acquire; if it throws, the lock counts as released.
@@ -155,19 +165,21 @@ class ORVO_EXPORT ScopeLockBase : public OrvoLock {
 /// @code
 /// const orvo::ScopeLock scope(lock);
 /// @endcode
-class ORVO_EXPORT ScopeLock : public ScopeLockBase {
+class ORVO_EXPORT ORVO_SCOPED_LOCKABLE ScopeLock : public ScopeLockBase {
  public:
-  ORVO_EXPORT_INLINE explicit ScopeLock(OrvoLock& lock) : ScopeLockBase(lock) {
+  ORVO_EXPORT_INLINE explicit ScopeLock(OrvoLock& lock)
+      ORVO_ACQUIRE(lock) ORVO_NO_THREAD_SAFETY_ANALYSIS : ScopeLockBase(lock) {
     AcquireOrRelease([this] { ScopeLock::Acquire(); });
   }
 
   /// Locks through another scope lock, which has to be released.
   ORVO_EXPORT_INLINE explicit ScopeLock(ScopeLock& lock)
+      ORVO_ACQUIRE(lock) ORVO_NO_THREAD_SAFETY_ANALYSIS
       : ScopeLock(static_cast<OrvoLock&>(lock)) {}
 
   ScopeLock(const ScopeLock&) = delete;
   ScopeLock& operator=(const ScopeLock&) = delete;
-  ORVO_EXPORT_INLINE ~ScopeLock() override = default;
+  ORVO_EXPORT_INLINE ~ScopeLock() ORVO_RELEASE() override = default;
 };
 
 /// Holds a lock for the length of a block and tells it from where.
@@ -175,7 +187,7 @@ class ORVO_EXPORT ScopeLock : public ScopeLockBase {
 /// @code
 /// const orvo::DebugScopeLock scope(lock, "AddOrder", __FILE__, __LINE__);
 /// @endcode
-class ORVO_EXPORT DebugScopeLock : public ScopeLockBase {
+class ORVO_EXPORT ORVO_SCOPED_LOCKABLE DebugScopeLock : public ScopeLockBase {
  public:
   /// Takes the lock with LockWithFilenameAndLineNumber(), as does each later
   /// lock().
@@ -185,16 +197,19 @@ class ORVO_EXPORT DebugScopeLock : public ScopeLockBase {
   /// @param line      The line in it, usually __LINE__.
   ORVO_EXPORT_INLINE DebugScopeLock(OrvoLock& lock, const std::string& function,
                                     const std::string& file, int line)
-      : ScopeLockBase(lock), function_(function), file_(file), line_(line) {
+      ORVO_ACQUIRE(lock) ORVO_NO_THREAD_SAFETY_ANALYSIS : ScopeLockBase(lock),
+                                                          function_(function),
+                                                          file_(file),
+                                                          line_(line) {
     AcquireOrRelease([this] { DebugScopeLock::Acquire(); });
   }
 
   DebugScopeLock(const DebugScopeLock&) = delete;
   DebugScopeLock& operator=(const DebugScopeLock&) = delete;
-  ORVO_EXPORT_INLINE ~DebugScopeLock() override = default;
+  ORVO_EXPORT_INLINE ~DebugScopeLock() ORVO_RELEASE() override = default;
 
   /// Takes the lock, naming function, file and line.
-  ORVO_EXPORT_INLINE void Acquire() override {
+  ORVO_EXPORT_INLINE void Acquire() ORVO_NO_THREAD_SAFETY_ANALYSIS override {
     held()->LockWithFilenameAndLineNumber(function_, file_, line_);
   }
 
