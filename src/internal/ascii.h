@@ -7,12 +7,24 @@
 
 namespace orvo::internal {
 
-constexpr bool IsUpper(char c) { return c >= 'A' && c <= 'Z'; }
-constexpr bool IsLower(char c) { return c >= 'a' && c <= 'z'; }
-constexpr bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-constexpr bool IsAlpha(char c) { return IsUpper(c) || IsLower(c); }
-constexpr bool IsAlnum(char c) { return IsAlpha(c) || IsDigit(c); }
-constexpr bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+constexpr bool IsUpper(char c) {
+  return c >= 'A' && c <= 'Z';
+}
+constexpr bool IsLower(char c) {
+  return c >= 'a' && c <= 'z';
+}
+constexpr bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+constexpr bool IsAlpha(char c) {
+  return IsUpper(c) || IsLower(c);
+}
+constexpr bool IsAlnum(char c) {
+  return IsAlpha(c) || IsDigit(c);
+}
+constexpr bool IsSpace(char c) {
+  return c == ' ' || (c >= '\t' && c <= '\r');
+}
 
 constexpr char ToUpper(char c) {
   return IsLower(c) ? static_cast<char>(c - 'a' + 'A') : c;
