@@ -3,6 +3,19 @@
 find_package(GTest REQUIRED)
 
 
+# Compiles tests/support/interpose/FUNCTION.cpp once for all who contain it.
+function(orvo_add_interposer function)
+  if(NOT TARGET interpose_${function})
+    add_library(interpose_${function} OBJECT
+      ${PROJECT_SOURCE_DIR}/tests/support/interpose/${function}.cpp)
+    orvo_set_warnings(interpose_${function})
+    target_include_directories(interpose_${function} PRIVATE ${PROJECT_SOURCE_DIR})
+    target_compile_features(interpose_${function} PRIVATE cxx_std_17)
+    target_compile_options(interpose_${function} PRIVATE -U_FORTIFY_SOURCE)
+    set_target_properties(interpose_${function} PROPERTIES CXX_EXTENSIONS OFF)
+  endif()
+endfunction()
+
 # orvo_add_test(NAME [SOURCES files...] [INTERPOSE functions...] [LIBRARIES ...])
 #
 # Builds tests/NAME_test.cpp and runs it as one test. Each function named after
@@ -15,10 +28,12 @@ function(orvo_add_test name)
       AND ARG_INTERPOSE MATCHES "pthread_mutex")
     return()
   endif()
-  list(TRANSFORM ARG_INTERPOSE
-    REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/tests/support/interpose/\\1.cpp")
   set(target ${name}_test)
-  add_executable(${target} ${name}_test.cpp ${ARG_SOURCES} ${ARG_INTERPOSE})
+  add_executable(${target} ${name}_test.cpp ${ARG_SOURCES})
+  foreach(function ${ARG_INTERPOSE})
+    orvo_add_interposer(${function})
+    target_sources(${target} PRIVATE $<TARGET_OBJECTS:interpose_${function}>)
+  endforeach()
   orvo_set_warnings(${target})
   # GoogleTest's own macros are called with nothing behind the last comma.
   target_compile_options(${target} PRIVATE

@@ -110,6 +110,12 @@ COMMFrame::COMMFrame(std::istream& stream) : COMMFrame(FrameHeader(stream)) {
   if (!ReadBody_(stream)) throw NotACOMM("Only encoding == 0 is supported.");
 }
 
+COMMFrame::COMMFrame(const COMMFrame& other) = default;
+COMMFrame::COMMFrame(COMMFrame&& other) noexcept = default;
+COMMFrame& COMMFrame::operator=(const COMMFrame& other) = default;
+COMMFrame& COMMFrame::operator=(COMMFrame&& other) noexcept = default;
+COMMFrame::~COMMFrame() = default;
+
 COMMFrame::COMMFrame(const FrameHeader& frame_header) : header(frame_header) {}
 
 bool COMMFrame::ReadBody_(std::istream& stream) {

@@ -322,6 +322,12 @@ FrameParts::FrameParts(const std::string& line) {
   offset_ = token[tokens.count - 1];
 }
 
+FrameParts::FrameParts(const FrameParts& other) = default;
+FrameParts::FrameParts(FrameParts&& other) noexcept = default;
+FrameParts& FrameParts::operator=(const FrameParts& other) = default;
+FrameParts& FrameParts::operator=(FrameParts&& other) noexcept = default;
+FrameParts::~FrameParts() = default;
+
 bool FrameParts::GetSuccess() const {
   return success_;
 }
@@ -359,7 +365,7 @@ __attribute__((noinline)) std::list<std::string> GetStackTrace(int depth) {
   // The report names this line of this source, wherever it stands.
 #line 185
   assert(positionOfName < 140);
-#line 363
+#line 369
   if (next < trace.count) return {lines + 1, lines + trace.count};
   return table.Format();
 }

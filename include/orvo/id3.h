@@ -96,6 +96,12 @@ class ORVO_EXPORT COMMFrame {
   ///                   frame.
   explicit COMMFrame(std::istream& stream);
 
+  COMMFrame(const COMMFrame& other);
+  COMMFrame(COMMFrame&& other) noexcept;
+  COMMFrame& operator=(const COMMFrame& other);
+  COMMFrame& operator=(COMMFrame&& other) noexcept;
+  ~COMMFrame();
+
   /// The identifier in the frame's header: "COMM".
   std::string id_str() const;
 

@@ -61,6 +61,12 @@ class ORVO_EXPORT FrameParts {
   /// frame number that is no number counts as 0.
   explicit FrameParts(const std::string& line);
 
+  FrameParts(const FrameParts& other);
+  FrameParts(FrameParts&& other) noexcept;
+  FrameParts& operator=(const FrameParts& other);
+  FrameParts& operator=(FrameParts&& other) noexcept;
+  ~FrameParts();
+
   /// Whether the line had six or seven columns.
   bool GetSuccess() const;
 
