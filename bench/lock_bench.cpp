@@ -1,62 +1,26 @@
 // Plain locks beside the bare POSIX mutex and the standard library's.
 #include <benchmark/benchmark.h>
-#include <pthread.h>
 
 #include <chrono>
 #include <ctime>
 #include <mutex>
 #include <thread>
 
+#include "bench/locks.h"
 #include "orvo/lock.h"
 
 namespace {
 
-// A bare mutex with the interface of a lock.
-template <int type>
-class PosixMutex {
- public:
-  PosixMutex() {
-    pthread_mutexattr_t attributes;
-    pthread_mutexattr_init(&attributes);
-    pthread_mutexattr_settype(&attributes, type);
-    pthread_mutex_init(&mutex_, &attributes);
-    pthread_mutexattr_destroy(&attributes);
-  }
-  ~PosixMutex() { pthread_mutex_destroy(&mutex_); }
+using orvo_bench::LockPair;
+using orvo_bench::NamedLock;
+using orvo_bench::PlainMutex;
+using orvo_bench::RecursiveMutex;
+using orvo_bench::Shared;
 
-  void lock() { pthread_mutex_lock(&mutex_); }
-  void unlock() { pthread_mutex_unlock(&mutex_); }
-  bool try_lock() { return pthread_mutex_trylock(&mutex_) == 0; }
-
- private:
-  pthread_mutex_t mutex_;
-};
-
-struct NamedLock : orvo::Lock {
-  NamedLock() : Lock("bench") {}
-};
 struct NamedRLock : orvo::RLock {
   NamedRLock() : RLock("bench") {}
 };
-using PlainMutex = PosixMutex<PTHREAD_MUTEX_DEFAULT>;
-using RecursiveMutex = PosixMutex<PTHREAD_MUTEX_RECURSIVE>;
 
-// One lock for all threads of a benchmark.
-template <typename Lock>
-Lock& Shared() {
-  static Lock lock;
-  return lock;
-}
-
-template <typename Lock>
-void LockPair(benchmark::State& state) {
-  Lock& lock = Shared<Lock>();
-  for (auto _ : state) {
-    lock.lock();
-    benchmark::ClobberMemory();
-    lock.unlock();
-  }
-}
 BENCHMARK_TEMPLATE(LockPair, NamedLock)->Name("lock/plain/orvo");
 BENCHMARK_TEMPLATE(LockPair, std::mutex)->Name("lock/plain/std");
 BENCHMARK_TEMPLATE(LockPair, PlainMutex)->Name("lock/plain/limit");

@@ -16,31 +16,18 @@
 #include <string>
 #include <vector>
 
+#include "bench/locks.h"
 #include "orvo/lock.h"
 #include "orvo/orvo_lock_debug.h"
 #include "orvo/scope_lock.h"
 
 namespace {
 
-// A bare mutex with the interface of a lock.
-template <int type>
-class PosixMutex {
- public:
-  PosixMutex() {
-    pthread_mutexattr_t attributes;
-    pthread_mutexattr_init(&attributes);
-    pthread_mutexattr_settype(&attributes, type);
-    pthread_mutex_init(&mutex_, &attributes);
-    pthread_mutexattr_destroy(&attributes);
-  }
-  ~PosixMutex() { pthread_mutex_destroy(&mutex_); }
-
-  void lock() { pthread_mutex_lock(&mutex_); }
-  void unlock() { pthread_mutex_unlock(&mutex_); }
-
- private:
-  pthread_mutex_t mutex_;
-};
+using orvo_bench::LockPair;
+using orvo_bench::NamedLock;
+using orvo_bench::PlainMutex;
+using orvo_bench::RecursiveMutex;
+using orvo_bench::Shared;
 
 struct DebugLock : orvo::DebugLockImpl_ {
   DebugLock() : DebugLockImpl_("bench") {}
@@ -48,28 +35,6 @@ struct DebugLock : orvo::DebugLockImpl_ {
 struct DebugRLock : orvo::DebugRLockImpl_ {
   DebugRLock() : DebugRLockImpl_("bench") {}
 };
-struct NamedLock : orvo::Lock {
-  NamedLock() : Lock("bench") {}
-};
-using PlainMutex = PosixMutex<PTHREAD_MUTEX_DEFAULT>;
-using RecursiveMutex = PosixMutex<PTHREAD_MUTEX_RECURSIVE>;
-
-// One lock for all threads of a benchmark.
-template <typename Lock>
-Lock& Shared() {
-  static Lock lock;
-  return lock;
-}
-
-template <typename Lock>
-void LockPair(benchmark::State& state) {
-  Lock& lock = Shared<Lock>();
-  for (auto _ : state) {
-    lock.lock();
-    benchmark::ClobberMemory();
-    lock.unlock();
-  }
-}
 BENCHMARK_TEMPLATE(LockPair, DebugLock)->Name("lock/debug/orvo");
 BENCHMARK_TEMPLATE(LockPair, std::mutex)->Name("lock/debug/std");
 BENCHMARK_TEMPLATE(LockPair, PlainMutex)->Name("lock/debug/limit");

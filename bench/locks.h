@@ -1,0 +1,58 @@
+#ifndef ORVO_BENCH_LOCKS_H_
+#define ORVO_BENCH_LOCKS_H_
+
+#include <benchmark/benchmark.h>
+#include <pthread.h>
+
+#include "orvo/lock.h"
+
+namespace orvo_bench {
+
+/// A bare mutex with the interface of a lock.
+template <int type>
+class PosixMutex {
+ public:
+  PosixMutex() {
+    pthread_mutexattr_t attributes;
+    pthread_mutexattr_init(&attributes);
+    pthread_mutexattr_settype(&attributes, type);
+    pthread_mutex_init(&mutex_, &attributes);
+    pthread_mutexattr_destroy(&attributes);
+  }
+  ~PosixMutex() { pthread_mutex_destroy(&mutex_); }
+
+  void lock() { pthread_mutex_lock(&mutex_); }
+  void unlock() { pthread_mutex_unlock(&mutex_); }
+  bool try_lock() { return pthread_mutex_trylock(&mutex_) == 0; }
+
+ private:
+  pthread_mutex_t mutex_;
+};
+
+using PlainMutex = PosixMutex<PTHREAD_MUTEX_DEFAULT>;
+using RecursiveMutex = PosixMutex<PTHREAD_MUTEX_RECURSIVE>;
+
+struct NamedLock : orvo::Lock {
+  NamedLock() : Lock("bench") {}
+};
+
+/// One lock for all threads of a benchmark.
+template <typename Lock>
+Lock& Shared() {
+  static Lock lock;
+  return lock;
+}
+
+template <typename Lock>
+void LockPair(benchmark::State& state) {
+  Lock& lock = Shared<Lock>();
+  for (auto _ : state) {
+    lock.lock();
+    benchmark::ClobberMemory();
+    lock.unlock();
+  }
+}
+
+}  // namespace orvo_bench
+
+#endif  // ORVO_BENCH_LOCKS_H_
