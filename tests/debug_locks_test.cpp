@@ -305,6 +305,7 @@ class DebugHandleInAWait : public testing::Test {
       condition_.BroadcastWhileLocked();
     });
     about_to_wait.CountDown();
+    // The waker sets it. NOLINTNEXTLINE(bugprone-infinite-loop)
     while (!ready) wait(held);
     ExpectHeld();
     waker.join();
