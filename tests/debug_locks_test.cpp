@@ -305,7 +305,6 @@ class DebugHandleInAWait : public testing::Test {
       condition_.BroadcastWhileLocked();
     });
     about_to_wait.CountDown();
-    // The waker sets it. NOLINTNEXTLINE(bugprone-infinite-loop)
     while (!ready) wait(held);
     ExpectHeld();
     waker.join();

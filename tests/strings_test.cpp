@@ -992,7 +992,7 @@ std::string ModelFormat(const std::string& text, int indent, int width) {
   };
   const Texts words = ModelSplit(text, ' ', -1);
   for (std::size_t i = 0; i < words.size();) {
-    const std::string word = words[i];
+    const std::string& word = words[i];
     const bool ends_line = !word.empty() && word.back() == '\n';
     if (line.PredictLength(word) <= width - indent ||
         line.GetLineLength() == -1) {

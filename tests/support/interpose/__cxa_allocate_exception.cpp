@@ -9,7 +9,7 @@ const Registration registration_of_cxa_allocate_exception(
 
 }  // namespace orvo_test
 
-// The runtime's name for it. NOLINTNEXTLINE(*-reserved-identifier)
+// The runtime's name for it.
 extern "C" void* __cxa_allocate_exception(std::size_t size) noexcept {
   return orvo_test::cxa_allocate_exception_calls(size);
 }

@@ -9,7 +9,6 @@ const Registration registration_of_strerror_r(strerror_r_calls);
 }  // namespace orvo_test
 
 // glibc's name of the XSI variant.
-// NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 extern "C" int __xpg_strerror_r(int errnum, char* buffer, std::size_t size) {
   return orvo_test::strerror_r_calls(errnum, buffer, size);
 }
