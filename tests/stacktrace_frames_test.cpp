@@ -21,36 +21,36 @@ volatile int sink;
 
 KEEP_FRAME std::list<std::string> Trace(int depth) {
   std::list<std::string> trace = orvo::GetStackTrace(depth);
-  ++sink;
+  sink = sink + 1;
   return trace;
 }
 
 KEEP_FRAME std::list<std::string> TraceFurther(int depth, const std::string&) {
   std::list<std::string> trace = Trace(depth);
-  ++sink;
+  sink = sink + 1;
   return trace;
 }
 
 KEEP_FRAME std::vector<orvo::StackFrame> Parts(int depth) {
   std::vector<orvo::StackFrame> parts = orvo::GetStackFrames(depth);
-  ++sink;
+  sink = sink + 1;
   return parts;
 }
 
 KEEP_FRAME void Print(int depth) {
   orvo::PrintStackTrace(depth);
-  ++sink;
+  sink = sink + 1;
 }
 
 KEEP_FRAME void PrintFurther(int depth, const std::string&) {
   Print(depth);
-  ++sink;
+  sink = sink + 1;
 }
 
 KEEP_FRAME std::list<std::string> Recurse(int levels, int depth) {
   std::list<std::string> trace =
       levels == 0 ? orvo::GetStackTrace(depth) : Recurse(levels - 1, depth);
-  ++sink;
+  sink = sink + 1;
   return trace;
 }
 
