@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <climits>
 #include <memory>
 #include <stdexcept>
@@ -8,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "orvo/debug_locks.h"
 #include "orvo/errors.h"
 #include "orvo/orvo_lock_debug.h"
 #include "orvo/scope_lock.h"
@@ -273,6 +275,32 @@ TEST_F(DebugRLockTest, IsFreeForOthersWhenMemoryRunsOut) {
     EXPECT_EQ(lock.GetCount(self_), 1);
     lock.unlock();
     { const Holder<DebugRLock> holder(lock); }
+  }
+}
+
+TEST(DebugRLockHandle, IsFreeAgainWhenMemoryRunsOutInItsBooks) {
+  const struct {
+    const char* what;
+    bool (*take)(orvo::DebugRLock& lock);
+  } cases[] = {
+      {"TimedLock", [](orvo::DebugRLock& lock) { return lock.TimedLock(0.0); }},
+      {"TryLockFor",
+       [](orvo::DebugRLock& lock) {
+         return lock.TryLockFor(std::chrono::seconds(0));
+       }},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    orvo::DebugRLock lock("tree");
+    {
+      const ScopedAllocationFailure failure;
+      EXPECT_THROW(c.take(lock), std::bad_alloc);
+    }
+    EXPECT_EQ(lock.GetOwner(), std::thread::id());
+    { const Holder<orvo::DebugRLock> holder(lock); }
+    EXPECT_TRUE(c.take(lock));
+    EXPECT_EQ(lock.GetDepth(), 1);
+    lock.unlock();
   }
 }
 

@@ -1,6 +1,8 @@
 #ifndef ORVO_INTERNAL_DEBUG_BOOKS_H_
 #define ORVO_INTERNAL_DEBUG_BOOKS_H_
 
+#include <pthread.h>
+
 #include <thread>
 
 #include "orvo/orvo_lock_debug.h"
@@ -8,11 +10,17 @@
 namespace orvo::internal {
 
 /// Writes down that the calling thread has taken the mutex past lock() and
-/// try_lock(), which do so themselves.
+/// try_lock(), which do so themselves; releases it if memory runs out, because
+/// a lock without an entry in the books could never be released.
 inline void RecordAcquisition(DebugLockImpl_& impl) {
   const std::thread::id threadId = std::this_thread::get_id();
   if (auto* const recursive = dynamic_cast<DebugRLockImpl_*>(&impl)) {
-    recursive->IncrementCount(threadId);
+    try {
+      recursive->IncrementCount(threadId);
+    } catch (...) {
+      pthread_mutex_unlock(impl.get_mutex());
+      throw;
+    }
   }
   // That of the recursive lock hands a count over, which no free lock has.
   impl.DebugLockImpl_::SetOwner(threadId);
