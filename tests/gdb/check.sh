@@ -10,6 +10,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 # Keeps core files small.
 export MALLOC_ARENA_MAX=1
+# shellcheck disable=SC3045
 ulimit -s 512
 
 # debug OPTIONS...: what gdb prints behind the line "---".
