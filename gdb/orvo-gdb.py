@@ -117,9 +117,10 @@ def thread_id(thread):
     """The pthread_t of a thread."""
     try:
         return int.from_bytes(thread.handle(), sys.byteorder)
-    except gdb.error:
+    except RuntimeError:
         pass
-    # gdb has no handles in core files; on x86-64 they are in a register.
+    # Without the program's own C library gdb has no handles; on x86-64 each
+    # thread has its own in a register.
     with SelectionKept():
         thread.switch()
         try:
@@ -454,7 +455,7 @@ def find_debug_locks(threads):
             maps = (impl["pending_references_"], impl["wait_will_unlock_"])
             if all(is_map(std_map) for std_map in maps):
                 locks.append(LockState(impl, threads))
-        except gdb.MemoryError:
+        except gdb.error:
             pass
     return locks
 
