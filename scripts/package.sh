@@ -15,7 +15,7 @@ system=$project/build/debian-root
 need_package_tools() {
   need_build_tools
   [ -n "$nocheck" ] || need_test_tools
-  need dh:debhelper dpkg-buildpackage:dpkg-dev fakeroot:fakeroot lintian:lintian
+  need dh:debhelper dpkg-buildpackage:dpkg-dev lintian:lintian doxygen:doxygen dot:graphviz
 }
 
 # The parts of a release that name its version agree.

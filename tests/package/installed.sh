@@ -39,10 +39,12 @@ build_with_cmake() {
 }
 
 # What a run that failed may have left behind.
-purge() { quietly dpkg --purge orvo-examples liborvo1-dbgsym liborvo-dev liborvo1; }
+purge() { quietly dpkg --purge liborvo-doc orvo-examples liborvo-dev liborvo1; }
 
 purge
-quietly apt-get install -y ./liborvo1_*.deb ./liborvo-dev_*.deb ./orvo-examples_*.deb
+quietly apt-get install -y ./liborvo1_*.deb ./liborvo-dev_*.deb \
+  ./liborvo-doc_*.deb ./orvo-examples_*.deb
+[ -s /usr/share/doc/liborvo-dev/html/index.html ] || fail "liborvo-doc has no start page."
 
 build_with_cmake consumer by-cmake
 expect "hello 42" by-cmake/consumer
@@ -70,7 +72,7 @@ little-endian  78 56 34 12 bc 9a f0 de 01 23 45 67 89 ab cd ef" \
   examples/uuid_convert 12345678-9ABC-DEF0-0123-456789ABCDEF
 
 # A program that was built runs with the library alone.
-quietly apt-get purge -y orvo-examples liborvo-dev
+quietly apt-get purge -y liborvo-doc orvo-examples liborvo-dev
 [ ! -e /usr/include/orvo ] || fail "liborvo-dev left /usr/include/orvo behind."
 expect "hello 42" ./by-pkg-config
 
