@@ -46,6 +46,10 @@ quietly apt-get install -y ./liborvo1_*.deb ./liborvo-dev_*.deb \
   ./liborvo-doc_*.deb ./orvo-examples_*.deb
 [ -s /usr/share/doc/liborvo-dev/html/index.html ] || fail "liborvo-doc has no start page."
 
+# gdb looks for the script by the full name of the library.
+script=/usr/share/gdb/auto-load$(realpath /usr/lib/*/liborvo.so)-gdb.py
+[ -s "$script" ] || fail "There is no $script."
+
 build_with_cmake consumer by-cmake
 expect "hello 42" by-cmake/consumer
 
