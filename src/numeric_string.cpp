@@ -9,12 +9,17 @@
 
 #include "internal/ascii.h"
 #include "internal/number_text.h"
+#include "internal/words.h"
 #include "orvo/strings.h"
 
 namespace orvo {
 namespace {
 
+using internal::InEachByte;
 using internal::IsDigit;
+using internal::kTopBits;
+using internal::kWordSize;
+using internal::LoadWord;
 
 // Negative, 0 or positive, as std::string::compare() answers.
 int Compare(const Chunk& a, const Chunk& b) {
@@ -22,45 +27,23 @@ int Compare(const Chunk& a, const Chunk& b) {
   return (a.value() > b.value()) - (a.value() < b.value());
 }
 
-constexpr std::ptrdiff_t kWordSize = sizeof(std::uint64_t);
-
-std::uint64_t LoadWord(const char* bytes) {
-  std::uint64_t word;
-  std::memcpy(&word, bytes, sizeof word);
-  return word;
-}
-
-// How many bytes in memory come before the first difference of two words.
-std::size_t CommonBytes(std::uint64_t a, std::uint64_t b) {
-  constexpr bool kLittleEndian = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
-  const int bits =
-      kLittleEndian ? __builtin_ctzll(a ^ b) : __builtin_clzll(a ^ b);
-  return static_cast<std::size_t>(bits) / 8;
-}
-
-constexpr std::uint64_t InEachByte(unsigned byte) {
-  return byte * std::uint64_t{0x0101010101010101};
-}
-
-constexpr std::uint64_t kAllDigits = InEachByte(0x80);
-
 // The top bit of each byte that is a digit. No sum of two bytes carries into
 // the next one.
 std::uint64_t DigitsIn(std::uint64_t word) {
-  const std::uint64_t low = word & ~kAllDigits;
+  const std::uint64_t low = word & ~kTopBits;
   const std::uint64_t from_0 = low + InEachByte(0x80 - '0');
   const std::uint64_t above_9 = low + InEachByte(0x80 - '9' - 1);
-  return from_0 & ~above_9 & ~word & kAllDigits;
+  return from_0 & ~above_9 & ~word & kTopBits;
 }
 
 // The end of the run of digits or of other characters that begins a text.
 // Taking a word at a time spares the processor the guess where a run ends.
 const char* EndOfRun(const char* text, const char* end) {
   const bool digits = IsDigit(*text);
-  const std::uint64_t run = digits ? kAllDigits : 0;
-  for (; end - text >= kWordSize; text += kWordSize) {
+  const std::uint64_t run = digits ? kTopBits : 0;
+  for (; static_cast<std::size_t>(end - text) >= kWordSize; text += kWordSize) {
     const std::uint64_t word = DigitsIn(LoadWord(text));
-    if (word != run) return text + CommonBytes(word, run);
+    if (word != run) return text + internal::LeadingZeroBytes(word ^ run);
   }
   return std::find_if(text, end, [=](char c) { return IsDigit(c) != digits; });
 }
@@ -83,20 +66,21 @@ std::size_t CountRuns(const std::string& text) {
   std::size_t runs = 1;
   std::size_t i = 0;
   for (; i + kBlock < text.size(); i += kBlock) runs += CountChanges(&text[i]);
-  for (++i; i < text.size(); ++i)
+  for (++i; i < text.size(); ++i) {
     runs += IsDigit(text[i]) != IsDigit(text[i - 1]);
+  }
   return runs;
 }
 
 // How many bytes two texts have in common before their first difference.
 inline std::size_t CommonPrefix(const char* a, const char* b,
                                 std::size_t size) {
-  constexpr std::size_t kWord = sizeof(std::uint64_t);
   std::size_t same = 0;
-  for (; size - same >= kWord; same += kWord) {
+  for (; size - same >= kWordSize; same += kWordSize) {
     const std::uint64_t a_word = LoadWord(a + same);
     const std::uint64_t b_word = LoadWord(b + same);
-    if (a_word != b_word) return same + CommonBytes(a_word, b_word);
+    if (a_word != b_word)
+      return same + internal::LeadingZeroBytes(a_word ^ b_word);
   }
   while (same < size && a[same] == b[same]) ++same;
   return same;
