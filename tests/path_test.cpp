@@ -351,7 +351,7 @@ constexpr unsigned kSeed = 1;
 // Slashes are rare in most of the texts, so that many have none doubled.
 std::string RandomText(std::minstd_rand& random) {
   const auto rarity = 2 + random() % 60;
-  constexpr std::string_view others = "xx.0\xaf";
+  constexpr std::string_view others = "xx.0\xaf\xae";
   std::string text(random() % 100, ' ');
   for (char& c : text) {
     c = random() % rarity == 0 ? '/' : others[random() % others.size()];
