@@ -61,3 +61,16 @@ function(orvo_add_program name)
     OUTPUT_NAME ${name}
     RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests/programs)
 endfunction()
+
+# orvo_add_plugin(NAME SOURCE): builds a module that tests load, which find it as
+# orvo_test::ProgramPath("NAME.so").
+function(orvo_add_plugin name source)
+  add_library(${name} MODULE ${source})
+  orvo_set_warnings(${name})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+  target_link_libraries(${name} PRIVATE orvo::orvo)
+  set_target_properties(${name} PROPERTIES
+    CXX_EXTENSIONS OFF
+    PREFIX ""
+    LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests/programs)
+endfunction()
