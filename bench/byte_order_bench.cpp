@@ -89,14 +89,13 @@ void AddHex(const std::string& operation, std::string digits) {
           Contender{"limit", [] { return ReadDigits<T>(text); }});
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+const bool registered = [] {
   AddHash();
   AddReverse();
   AddHex<std::uint16_t>("binary/hex_u16", "1a2B");
   AddHex<std::uint32_t>("binary/hex_u32", "1a2B3c4D");
   AddHex<std::uint64_t>("binary/hex_u64", "1a2B3c4D5e6F7089");
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-}
+  return true;
+}();
+
+}  // namespace

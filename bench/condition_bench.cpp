@@ -123,11 +123,13 @@ void RoundTrip(benchmark::State& state) {
   for (auto _ : state) players.RoundTrip();
 }
 BENCHMARK_TEMPLATE(RoundTrip, Orvo)
-    ->Name("lock/round_trip/orvo")
+    ->Name("lock/round_trip/orvo/1")
     ->UseRealTime();
-BENCHMARK_TEMPLATE(RoundTrip, Std)->Name("lock/round_trip/std")->UseRealTime();
+BENCHMARK_TEMPLATE(RoundTrip, Std)
+    ->Name("lock/round_trip/std/1")
+    ->UseRealTime();
 BENCHMARK_TEMPLATE(RoundTrip, Posix)
-    ->Name("lock/round_trip/limit")
+    ->Name("lock/round_trip/limit/1")
     ->UseRealTime();
 
 template <typename Kind>
@@ -135,9 +137,9 @@ void Signal(benchmark::State& state) {
   Kind kind;
   for (auto _ : state) kind.LockAndSignal();
 }
-BENCHMARK_TEMPLATE(Signal, Orvo)->Name("lock/signal/orvo");
-BENCHMARK_TEMPLATE(Signal, Std)->Name("lock/signal/std");
-BENCHMARK_TEMPLATE(Signal, Posix)->Name("lock/signal/limit");
+BENCHMARK_TEMPLATE(Signal, Orvo)->Name("lock/signal/orvo/1");
+BENCHMARK_TEMPLATE(Signal, Std)->Name("lock/signal/std/1");
+BENCHMARK_TEMPLATE(Signal, Posix)->Name("lock/signal/limit/1");
 
 template <typename Kind>
 void SignalLocked(benchmark::State& state) {
@@ -145,9 +147,9 @@ void SignalLocked(benchmark::State& state) {
   typename Kind::Held held(kind.lock);
   for (auto _ : state) kind.Signal();
 }
-BENCHMARK_TEMPLATE(SignalLocked, Orvo)->Name("lock/signal_locked/orvo");
-BENCHMARK_TEMPLATE(SignalLocked, Std)->Name("lock/signal_locked/std");
-BENCHMARK_TEMPLATE(SignalLocked, Posix)->Name("lock/signal_locked/limit");
+BENCHMARK_TEMPLATE(SignalLocked, Orvo)->Name("lock/signal_locked/orvo/1");
+BENCHMARK_TEMPLATE(SignalLocked, Std)->Name("lock/signal_locked/std/1");
+BENCHMARK_TEMPLATE(SignalLocked, Posix)->Name("lock/signal_locked/limit/1");
 
 template <typename Kind>
 void TimedWaitExpired(benchmark::State& state) {
@@ -156,9 +158,10 @@ void TimedWaitExpired(benchmark::State& state) {
   for (auto _ : state) kind.WaitUntilThisSecond(held);
 }
 BENCHMARK_TEMPLATE(TimedWaitExpired, Orvo)
-    ->Name("lock/timed_wait_expired/orvo");
-BENCHMARK_TEMPLATE(TimedWaitExpired, Std)->Name("lock/timed_wait_expired/std");
+    ->Name("lock/timed_wait_expired/orvo/1");
+BENCHMARK_TEMPLATE(TimedWaitExpired, Std)
+    ->Name("lock/timed_wait_expired/std/1");
 BENCHMARK_TEMPLATE(TimedWaitExpired, Posix)
-    ->Name("lock/timed_wait_expired/limit");
+    ->Name("lock/timed_wait_expired/limit/1");
 
 }  // namespace

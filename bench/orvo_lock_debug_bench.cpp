@@ -35,17 +35,20 @@ struct DebugLock : orvo::DebugLockImpl_ {
 struct DebugRLock : orvo::DebugRLockImpl_ {
   DebugRLock() : DebugRLockImpl_("bench") {}
 };
-BENCHMARK_TEMPLATE(LockPair, DebugLock)->Name("lock/debug/orvo");
-BENCHMARK_TEMPLATE(LockPair, std::mutex)->Name("lock/debug/std");
-BENCHMARK_TEMPLATE(LockPair, PlainMutex)->Name("lock/debug/limit");
+BENCHMARK_TEMPLATE(LockPair, DebugLock)->Name("lock/debug/orvo/1");
+BENCHMARK_TEMPLATE(LockPair, std::mutex)->Name("lock/debug/std/1");
+BENCHMARK_TEMPLATE(LockPair, PlainMutex)->Name("lock/debug/limit/1");
 BENCHMARK_TEMPLATE(LockPair, DebugLock)
-    ->Name("lock/debug_contended/orvo")
+    ->Name("lock/debug_contended/orvo/1")
+    ->UseRealTime()
     ->Threads(2);
 BENCHMARK_TEMPLATE(LockPair, std::mutex)
-    ->Name("lock/debug_contended/std")
+    ->Name("lock/debug_contended/std/1")
+    ->UseRealTime()
     ->Threads(2);
 BENCHMARK_TEMPLATE(LockPair, PlainMutex)
-    ->Name("lock/debug_contended/limit")
+    ->Name("lock/debug_contended/limit/1")
+    ->UseRealTime()
     ->Threads(2);
 
 template <typename Lock>
@@ -78,7 +81,7 @@ void Scope(benchmark::State& state) {
     benchmark::ClobberMemory();
   }
 }
-BENCHMARK(Scope)->Name("lock/scope/orvo");
+BENCHMARK(Scope)->Name("lock/scope/orvo/1");
 
 template <typename Lock>
 void ScopeStd(benchmark::State& state) {
@@ -88,11 +91,12 @@ void ScopeStd(benchmark::State& state) {
     benchmark::ClobberMemory();
   }
 }
-BENCHMARK_TEMPLATE(ScopeStd, std::mutex)->Name("lock/scope/std");
-BENCHMARK_TEMPLATE(ScopeStd, PlainMutex)->Name("lock/scope/limit");
+BENCHMARK_TEMPLATE(ScopeStd, std::mutex)->Name("lock/scope/std/1");
+BENCHMARK_TEMPLATE(ScopeStd, PlainMutex)->Name("lock/scope/limit/1");
 
 const std::string kFunction = "AddOrder";
-const std::string kFile = __FILE__;
+const std::string kRoot = ORVO_BENCH_DEVELOPMENT_ROOT;
+const std::string kFile = kRoot + "/src/shop/order_queue.cpp";
 
 void ScopeWithReference(benchmark::State& state) {
   orvo::Lock& lock = Shared<NamedLock>();
@@ -101,7 +105,7 @@ void ScopeWithReference(benchmark::State& state) {
     benchmark::ClobberMemory();
   }
 }
-BENCHMARK(ScopeWithReference)->Name("lock/scope_with_reference/orvo");
+BENCHMARK(ScopeWithReference)->Name("lock/scope_with_reference/orvo/1");
 
 // What a debug scope lock keeps, over the standard library's lock.
 struct ReferencedScope {
@@ -124,11 +128,7 @@ void ScopeWithReferenceStd(benchmark::State& state) {
     benchmark::ClobberMemory();
   }
 }
-BENCHMARK(ScopeWithReferenceStd)->Name("lock/scope_with_reference/std");
-
-// This file lies two levels below the development root.
-const std::string kRoot =
-    std::filesystem::path(kFile).parent_path().parent_path();
+BENCHMARK(ScopeWithReferenceStd)->Name("lock/scope_with_reference/std/1");
 
 std::string ReferenceText() {
   return orvo::LockingCodeReference(kFunction, kFile, 62).GetAsString();
@@ -153,16 +153,17 @@ std::string ReferenceTextAbsl() {
 
 template <std::string (*Text)()>
 void Reference(benchmark::State& state) {
-  if (Text() != "AddOrder --> bench/orvo_lock_debug_bench.cpp:62") {
+  if (Text() != "AddOrder --> src/shop/order_queue.cpp:62") {
     std::cerr << "Another text: " << Text() << "\n";
     std::abort();
   }
   for (auto _ : state) benchmark::DoNotOptimize(Text());
 }
-BENCHMARK_TEMPLATE(Reference, ReferenceText)->Name("lock/reference_text/orvo");
+BENCHMARK_TEMPLATE(Reference, ReferenceText)
+    ->Name("lock/reference_text/orvo/1");
 BENCHMARK_TEMPLATE(Reference, ReferenceTextStd)
-    ->Name("lock/reference_text/std");
+    ->Name("lock/reference_text/std/1");
 BENCHMARK_TEMPLATE(Reference, ReferenceTextAbsl)
-    ->Name("lock/reference_text/absl");
+    ->Name("lock/reference_text/absl/1");
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <string>
 #include <thread>
 
+#include "bench/compare.h"
 #include "orvo/thread_names.h"
 
 namespace {
@@ -71,7 +72,7 @@ void Register(const std::string& name, Operation operation) {
     for (auto _ : state) operation();
   };
   benchmark::RegisterBenchmark(name.c_str(), run);
-  benchmark::RegisterBenchmark(name.c_str(), run)->Threads(2);
+  orvo_bench::OnTwoThreads(benchmark::RegisterBenchmark(name.c_str(), run));
 }
 
 template <typename Registry>

@@ -1,6 +1,6 @@
 // Whole messages beside a synchronised stream, spdlog and POCO. The measured
-// output goes to /dev/null and the report to the standard error stream; with
-// the argument "redirected" the stream writes to a file buffer instead.
+// output goes to /dev/null: through the standard output, or in the program
+// redirected_bench through a file buffer.
 #include <Poco/AutoPtr.h>
 #include <Poco/ConsoleChannel.h>
 #include <Poco/Message.h>
@@ -16,9 +16,9 @@
 #include <mutex>
 #include <sstream>
 #include <string>
-#include <string_view>
 #include <syncstream>
 
+#include "bench/compare.h"
 #include "orvo/format.h"
 #include "orvo/operation_log.h"
 #include "orvo/thread_safe_ostream.h"
@@ -117,19 +117,26 @@ void Register(const std::string& operation, const std::string& who) {
     for (const int size : {20, 200, 4000}) made->Arg(size);
   };
   benchmark::RegisterBenchmark(name.c_str(), Message<write>)->Apply(sizes);
-  benchmark::RegisterBenchmark((name + "_on_2_threads").c_str(), Message<write>)
-      ->Apply(sizes)
-      ->Threads(2);
+  orvo_bench::OnTwoThreads(
+      benchmark::RegisterBenchmark(name.c_str(), Message<write>)->Apply(sizes));
 }
 
-}  // namespace
+#ifdef ORVO_BENCH_REDIRECTED
+constexpr bool kRedirected = true;
+#else
+constexpr bool kRedirected = false;
+#endif
 
-int main(int argc, char** argv) {
-  const bool redirected = argc > 1 && std::string_view(argv[1]) == "redirected";
-  dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDOUT_FILENO);
-  if (redirected) orvo::RedirectCout("/dev/null");
-
-  const std::string family = redirected ? "redirected/" : "output/";
+const bool registered = [] {
+  const std::string family = kRedirected ? "redirected/" : "output/";
+  if (kRedirected) {
+    orvo::RedirectCout("/dev/null");
+  } else {
+    dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDOUT_FILENO);
+    Register<OrvoCompose>(family + "compose", "orvo");
+    Register<StdCompose>(family + "compose", "std");
+    Register<LimitCompose>(family + "compose", "limit");
+  }
   Register<OrvoMessage>(family + "message", "orvo");
   Register<StdMessage>(family + "message", "std");
   Register<SpdlogMessage>(family + "message", "spdlog");
@@ -138,15 +145,7 @@ int main(int argc, char** argv) {
   Register<OrvoLogAttempt>(family + "log_attempt", "orvo");
   Register<SpdlogLogAttempt>(family + "log_attempt", "spdlog");
   Register<LimitLogAttempt>(family + "log_attempt", "limit");
-  if (!redirected) {
-    Register<OrvoCompose>(family + "compose", "orvo");
-    Register<StdCompose>(family + "compose", "std");
-    Register<LimitCompose>(family + "compose", "limit");
-  }
+  return true;
+}();
 
-  benchmark::Initialize(&argc, argv);
-  benchmark::ConsoleReporter reporter;
-  reporter.SetOutputStream(&std::cerr);
-  reporter.SetErrorStream(&std::cerr);
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-}
+}  // namespace

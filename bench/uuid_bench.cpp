@@ -165,12 +165,11 @@ void AddStreams() {
                     }});
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+const bool registered = [] {
   AddText();
   AddBytes();
   AddStreams();
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-}
+  return true;
+}();
+
+}  // namespace
