@@ -85,7 +85,8 @@ def read_times(paths):
                 raise Unjudged(f"{run['name']}: {run['error_message']}")
             operation, who, size = parse_name(run["name"])
             # What waits is timed by the clock on the wall, the rest by the processor's.
-            clock = "real_time" if "/real_time" in run["name"] else "cpu_time"
+            own_clock = "/real_time" in run["name"] or "/manual_time" in run["name"]
+            clock = "real_time" if own_clock else "cpu_time"
             time = run[clock] * NANOSECONDS[run["time_unit"]]
             repetitions[operation, size][who].append(time)
     return {
