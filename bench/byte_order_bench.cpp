@@ -74,6 +74,11 @@ T ReadWithAbsl(const std::string& text) {
 }
 
 template <typename T>
+T ReadWithStrtoull(const std::string& text) {
+  return static_cast<T>(std::strtoull(text.c_str(), nullptr, 16));
+}
+
+template <typename T>
 T ReadDigits(const std::string& text) {
   T value = 0;
   std::from_chars(text.data(), text.data() + text.size(), value, 16);
@@ -86,6 +91,7 @@ void AddHex(const std::string& operation, std::string digits) {
   Compare(operation, text.size(),
           Contender{"orvo", [] { return orvo::HexStringToNumber<T>(text); }},
           Contender{"absl", [] { return ReadWithAbsl<T>(text); }},
+          Contender{"strtoull", [] { return ReadWithStrtoull<T>(text); }},
           Contender{"limit", [] { return ReadDigits<T>(text); }});
 }
 

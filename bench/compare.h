@@ -5,8 +5,10 @@
 
 #include <cstddef>
 #include <cstdlib>
+#include <deque>
 #include <iostream>
 #include <string>
+#include <utility>
 
 namespace orvo_bench {
 
@@ -35,6 +37,15 @@ benchmark::internal::Benchmark* Register(const std::string& operation,
           benchmark::DoNotOptimize(run());
         }
       });
+}
+
+/// Keeps a value for the life of the process, and the compiler from knowing it.
+template <typename Value>
+Value* Keep(Value value) {
+  static std::deque<Value> kept;
+  kept.push_back(std::move(value));
+  benchmark::DoNotOptimize(kept);
+  return &kept.back();
 }
 
 /// By the clock on the wall, because a thread that waits takes no other time.

@@ -1,8 +1,10 @@
-// Calls to the file system beside Boost, the standard library and the bare
-// system calls.
+// Calls to the file system beside Boost, GLib, the standard library and the
+// bare system calls.
 
 #include <benchmark/benchmark.h>
 #include <dirent.h>
+#include <glib.h>
+#include <glib/gstdio.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -48,8 +50,9 @@ bool HasType(const std::string& path, mode_t type) {
   return stat(path.c_str(), &status) == 0 && (status.st_mode & S_IFMT) == type;
 }
 
-void CompareFileTypes(const std::string& name, const std::string& path) {
-  Compare("filesystem/isfile" + name, 1,
+void CompareFileTypes(const std::string& name, std::size_t depth,
+                      const std::string& path) {
+  Compare("filesystem/isfile" + name, depth,
           Contender{"orvo", [=] { return orvo::path::isfile(path); }},
           Contender{"std",
                     [=] {
@@ -61,8 +64,13 @@ void CompareFileTypes(const std::string& name, const std::string& path) {
                       boost::system::error_code ignored;
                       return boost::filesystem::is_regular_file(path, ignored);
                     }},
+          Contender{"glib",
+                    [=] {
+                      return g_file_test(path.c_str(),
+                                         G_FILE_TEST_IS_REGULAR) != 0;
+                    }},
           Contender{"limit", [=] { return HasType(path, S_IFREG); }});
-  Compare("filesystem/isdir" + name, 1,
+  Compare("filesystem/isdir" + name, depth,
           Contender{"orvo", [=] { return orvo::path::isdir(path); }},
           Contender{"std",
                     [=] {
@@ -73,6 +81,10 @@ void CompareFileTypes(const std::string& name, const std::string& path) {
                     [=] {
                       boost::system::error_code ignored;
                       return boost::filesystem::is_directory(path, ignored);
+                    }},
+          Contender{"glib",
+                    [=] {
+                      return g_file_test(path.c_str(), G_FILE_TEST_IS_DIR) != 0;
                     }},
           Contender{"limit", [=] { return HasType(path, S_IFDIR); }});
 }
@@ -118,9 +130,13 @@ void CompareDirectories(const Folder& folder) {
           Contender{"limit", [=] {
                       return mkdir(created.c_str(), 0755) == 0 && remove();
                     }});
+}
 
+// The size is the number of directories that are made.
+void CompareChains(const Folder& folder, std::size_t size) {
+  const std::string created = folder / "created";
   std::vector<std::string> chain;
-  for (std::string path = created; chain.size() < 4; path += "/below") {
+  for (std::string path = created; chain.size() < size; path += "/below") {
     chain.push_back(path);
   }
   const auto remove_chain = [=] {
@@ -135,7 +151,7 @@ void CompareDirectories(const Folder& folder) {
     way.push_back(chain.back().substr(0, i));
   }
   way.push_back(chain.back());
-  Compare("filesystem/make_directories_new", 4,
+  Compare("filesystem/make_directories_new", size,
           Contender{"orvo",
                     [=] {
                       orvo::path::MakeDirectories(chain.back());
@@ -150,6 +166,12 @@ void CompareDirectories(const Folder& folder) {
                     [=] {
                       boost::filesystem::create_directories(chain.back());
                       return remove_chain();
+                    }},
+          Contender{"glib",
+                    [=] {
+                      return g_mkdir_with_parents(chain.back().c_str(), 0755) ==
+                                 0 &&
+                             remove_chain();
                     }},
           Contender{"limit", [=] {
                       for (const std::string& path : way) {
@@ -205,11 +227,17 @@ void CompareListings(const Folder& folder, std::size_t size) {
 
 const bool registered = [] {
   static const Folder folder;
-  const std::string file = folder / "file";
-  std::ofstream(file).put('x');
-  CompareFileTypes("", file);
-  CompareFileTypes("_missing", folder / "missing");
+  std::string parent = folder / "parents";
+  std::size_t depth = 0;
+  for (const std::size_t size : {1U, 8U, 32U}) {
+    for (; depth < size; ++depth) parent += "/below";
+    std::filesystem::create_directories(parent);
+    std::ofstream(parent + "/file").put('x');
+    CompareFileTypes("", size, parent + "/file");
+    CompareFileTypes("_missing", size, parent + "/missing");
+  }
   CompareDirectories(folder);
+  for (const std::size_t size : {1U, 4U, 16U}) CompareChains(folder, size);
   for (const std::size_t size : {8U, 256U, 4096U}) {
     CompareListings(folder, size);
   }

@@ -70,7 +70,9 @@ const bool registered = [] {
     }
     AddComment("binary/id3_comment", count, frames, std::string(120, 'c'));
   }
-  AddComment("binary/id3_comment_long", 8000, "", std::string(8000, 'x'));
+  for (const std::size_t size : {1000u, 8000u, 64000u}) {
+    AddComment("binary/id3_comment_long", size, "", std::string(size, 'x'));
+  }
   return true;
 }();
 

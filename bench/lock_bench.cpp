@@ -1,4 +1,5 @@
-// Plain locks beside the bare POSIX mutex and the standard library's.
+// Plain locks beside the bare POSIX mutex and those of abseil, GLib and the
+// standard library.
 #include <benchmark/benchmark.h>
 
 #include <chrono>
@@ -11,6 +12,9 @@
 
 namespace {
 
+using orvo_bench::AbslMutex;
+using orvo_bench::GlibMutex;
+using orvo_bench::GlibRecMutex;
 using orvo_bench::LockPair;
 using orvo_bench::NamedLock;
 using orvo_bench::PlainMutex;
@@ -23,6 +27,8 @@ struct NamedRLock : orvo::RLock {
 
 BENCHMARK_TEMPLATE(LockPair, NamedLock)->Name("lock/plain/orvo/1");
 BENCHMARK_TEMPLATE(LockPair, std::mutex)->Name("lock/plain/std/1");
+BENCHMARK_TEMPLATE(LockPair, AbslMutex)->Name("lock/plain/absl/1");
+BENCHMARK_TEMPLATE(LockPair, GlibMutex)->Name("lock/plain/glib/1");
 BENCHMARK_TEMPLATE(LockPair, PlainMutex)->Name("lock/plain/limit/1");
 BENCHMARK_TEMPLATE(LockPair, NamedLock)
     ->Name("lock/plain_contended/orvo/1")
@@ -32,6 +38,14 @@ BENCHMARK_TEMPLATE(LockPair, std::mutex)
     ->Name("lock/plain_contended/std/1")
     ->UseRealTime()
     ->Threads(2);
+BENCHMARK_TEMPLATE(LockPair, AbslMutex)
+    ->Name("lock/plain_contended/absl/1")
+    ->UseRealTime()
+    ->Threads(2);
+BENCHMARK_TEMPLATE(LockPair, GlibMutex)
+    ->Name("lock/plain_contended/glib/1")
+    ->UseRealTime()
+    ->Threads(2);
 BENCHMARK_TEMPLATE(LockPair, PlainMutex)
     ->Name("lock/plain_contended/limit/1")
     ->UseRealTime()
@@ -39,6 +53,7 @@ BENCHMARK_TEMPLATE(LockPair, PlainMutex)
 BENCHMARK_TEMPLATE(LockPair, NamedRLock)->Name("lock/recursive/orvo/1");
 BENCHMARK_TEMPLATE(LockPair, std::recursive_mutex)
     ->Name("lock/recursive/std/1");
+BENCHMARK_TEMPLATE(LockPair, GlibRecMutex)->Name("lock/recursive/glib/1");
 BENCHMARK_TEMPLATE(LockPair, RecursiveMutex)->Name("lock/recursive/limit/1");
 
 template <typename Lock>
@@ -51,6 +66,8 @@ void TryFree(benchmark::State& state) {
 }
 BENCHMARK_TEMPLATE(TryFree, NamedLock)->Name("lock/try_free/orvo/1");
 BENCHMARK_TEMPLATE(TryFree, std::mutex)->Name("lock/try_free/std/1");
+BENCHMARK_TEMPLATE(TryFree, AbslMutex)->Name("lock/try_free/absl/1");
+BENCHMARK_TEMPLATE(TryFree, GlibMutex)->Name("lock/try_free/glib/1");
 BENCHMARK_TEMPLATE(TryFree, PlainMutex)->Name("lock/try_free/limit/1");
 
 template <typename Lock>
@@ -61,6 +78,8 @@ void TryHeld(benchmark::State& state) {
   lock.unlock();
 }
 BENCHMARK_TEMPLATE(TryHeld, NamedLock)->Name("lock/try_held/orvo/1");
+BENCHMARK_TEMPLATE(TryHeld, AbslMutex)->Name("lock/try_held/absl/1");
+BENCHMARK_TEMPLATE(TryHeld, GlibMutex)->Name("lock/try_held/glib/1");
 BENCHMARK_TEMPLATE(TryHeld, PlainMutex)->Name("lock/try_held/limit/1");
 
 void TimedFree(benchmark::State& state) {

@@ -1,5 +1,5 @@
-// Debug locks and scope locks beside the bare POSIX mutex and the standard
-// library's.
+// Debug locks and scope locks beside the bare POSIX mutex and those of abseil,
+// GLib and the standard library.
 #include <absl/strings/str_cat.h>
 #include <absl/strings/str_join.h>
 #include <absl/strings/str_split.h>
@@ -8,14 +8,15 @@
 #include <pthread.h>
 
 #include <algorithm>
-#include <cstdlib>
+#include <cstddef>
+#include <cstdint>
 #include <filesystem>
-#include <iostream>
 #include <mutex>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "bench/compare.h"
 #include "bench/locks.h"
 #include "orvo/lock.h"
 #include "orvo/orvo_lock_debug.h"
@@ -23,6 +24,9 @@
 
 namespace {
 
+using orvo_bench::Compare;
+using orvo_bench::Contender;
+using orvo_bench::Keep;
 using orvo_bench::LockPair;
 using orvo_bench::NamedLock;
 using orvo_bench::PlainMutex;
@@ -92,20 +96,37 @@ void ScopeStd(benchmark::State& state) {
   }
 }
 BENCHMARK_TEMPLATE(ScopeStd, std::mutex)->Name("lock/scope/std/1");
+BENCHMARK_TEMPLATE(ScopeStd, orvo_bench::AbslMutex)->Name("lock/scope/absl/1");
+BENCHMARK_TEMPLATE(ScopeStd, orvo_bench::GlibMutex)->Name("lock/scope/glib/1");
 BENCHMARK_TEMPLATE(ScopeStd, PlainMutex)->Name("lock/scope/limit/1");
+
+constexpr int kDepths[] = {1, 4, 16};
+
+void Depths(benchmark::internal::Benchmark* registered) {
+  for (const int depth : kDepths) registered->Arg(depth);
+}
 
 const std::string kFunction = "AddOrder";
 const std::string kRoot = ORVO_BENCH_DEVELOPMENT_ROOT;
-const std::string kFile = kRoot + "/src/shop/order_queue.cpp";
+
+// A source file this many folders below the development root.
+std::string File(std::int64_t depth) {
+  std::string file = kRoot;
+  for (std::int64_t i = 0; i < depth; ++i) file += "/component";
+  return file + "/order_queue.cpp";
+}
 
 void ScopeWithReference(benchmark::State& state) {
   orvo::Lock& lock = Shared<NamedLock>();
+  const std::string file = File(state.range());
   for (auto _ : state) {
-    const orvo::DebugScopeLock scope(lock, kFunction, kFile, 62);
+    const orvo::DebugScopeLock scope(lock, kFunction, file, 62);
     benchmark::ClobberMemory();
   }
 }
-BENCHMARK(ScopeWithReference)->Name("lock/scope_with_reference/orvo/1");
+BENCHMARK(ScopeWithReference)
+    ->Name("lock/scope_with_reference/orvo")
+    ->Apply(Depths);
 
 // What a debug scope lock keeps, over the standard library's lock.
 struct ReferencedScope {
@@ -123,27 +144,26 @@ struct ReferencedScope {
 
 void ScopeWithReferenceStd(benchmark::State& state) {
   std::mutex& mutex = Shared<std::mutex>();
+  const std::string file = File(state.range());
   for (auto _ : state) {
-    const ReferencedScope scope(mutex, kFunction, kFile, 62);
+    const ReferencedScope scope(mutex, kFunction, file, 62);
     benchmark::ClobberMemory();
   }
 }
-BENCHMARK(ScopeWithReferenceStd)->Name("lock/scope_with_reference/std/1");
+BENCHMARK(ScopeWithReferenceStd)
+    ->Name("lock/scope_with_reference/std")
+    ->Apply(Depths);
 
-std::string ReferenceText() {
-  return orvo::LockingCodeReference(kFunction, kFile, 62).GetAsString();
-}
-
-std::string ReferenceTextStd() {
+std::string ReferenceTextStd(const std::string& file) {
   std::ostringstream text;
   text << kFunction << " --> "
-       << std::filesystem::path(kFile).lexically_relative(kRoot).native() << ":"
+       << std::filesystem::path(file).lexically_relative(kRoot).native() << ":"
        << 62;
   return text.str();
 }
 
-std::string ReferenceTextAbsl() {
-  const std::vector<absl::string_view> path = absl::StrSplit(kFile, '/');
+std::string ReferenceTextAbsl(const std::string& file) {
+  const std::vector<absl::string_view> path = absl::StrSplit(file, '/');
   const std::vector<absl::string_view> root = absl::StrSplit(kRoot, '/');
   const auto differing =
       std::mismatch(path.begin(), path.end(), root.begin(), root.end()).first;
@@ -151,19 +171,19 @@ std::string ReferenceTextAbsl() {
                       absl::StrJoin(differing, path.end(), "/"), ":", 62);
 }
 
-template <std::string (*Text)()>
-void Reference(benchmark::State& state) {
-  if (Text() != "AddOrder --> src/shop/order_queue.cpp:62") {
-    std::cerr << "Another text: " << Text() << "\n";
-    std::abort();
+[[maybe_unused]] const bool registered = [] {
+  for (const int depth : kDepths) {
+    const auto* file = Keep(File(depth));
+    Compare("lock/reference_text", static_cast<std::size_t>(depth),
+            Contender{"orvo",
+                      [=] {
+                        return orvo::LockingCodeReference(kFunction, *file, 62)
+                            .GetAsString();
+                      }},
+            Contender{"std", [=] { return ReferenceTextStd(*file); }},
+            Contender{"absl", [=] { return ReferenceTextAbsl(*file); }});
   }
-  for (auto _ : state) benchmark::DoNotOptimize(Text());
-}
-BENCHMARK_TEMPLATE(Reference, ReferenceText)
-    ->Name("lock/reference_text/orvo/1");
-BENCHMARK_TEMPLATE(Reference, ReferenceTextStd)
-    ->Name("lock/reference_text/std/1");
-BENCHMARK_TEMPLATE(Reference, ReferenceTextAbsl)
-    ->Name("lock/reference_text/absl/1");
+  return true;
+}();
 
 }  // namespace

@@ -26,6 +26,7 @@
 namespace {
 
 using orvo_bench::Contender;
+using orvo_bench::Keep;
 using Texts = std::vector<std::string>;
 using Pieces = std::vector<absl::string_view>;
 
@@ -37,19 +38,18 @@ void Compare(const std::string& operation, std::size_t size, Orvo orvo,
                       peers...);
 }
 
-// Keeps the compiler from knowing a text that never changes.
-template <typename Value>
-Value* Keep(Value value) {
-  static std::deque<Value> kept;
-  kept.push_back(std::move(value));
-  return &kept.back();
-}
-
 std::string Repeat(std::string_view pattern, std::size_t size) {
   std::string text;
   while (text.size() < size) text += pattern;
   text.resize(size);
   return text;
+}
+
+std::string StdStrip(const std::string& text) {
+  constexpr char kSpace[] = " \t\n\v\f\r";
+  const std::size_t first = text.find_first_not_of(kSpace);
+  if (first == std::string::npos) return {};
+  return text.substr(first, text.find_last_not_of(kSpace) + 1 - first);
 }
 
 void AddTrimming() {
@@ -60,6 +60,7 @@ void AddTrimming() {
         Contender{
             "absl",
             [=] { return std::string(absl::StripAsciiWhitespace(*text)); }},
+        Contender{"std", [=] { return StdStrip(*text); }},
         Contender{"limit",
                   [=] { return std::string(text->data() + 2, size - 4); }});
   }
@@ -86,6 +87,11 @@ void AddLetterCase() {
   }
 }
 
+bool StdEndswith(const std::string& text, const std::string& suffix) {
+  return text.size() >= suffix.size() &&
+         text.compare(text.size() - suffix.size(), suffix.size(), suffix) == 0;
+}
+
 void AddEndswith() {
   for (const std::size_t size : {8u, 64u, 4096u}) {
     const auto* text = Keep(Repeat("ab", size - 4) + ".txt");
@@ -93,10 +99,12 @@ void AddEndswith() {
     const auto* other = Keep<std::string>(".cpp");
     Compare(
         "endswith", size, [=] { return orvo::endswith(*text, *suffix); },
-        Contender{"absl", [=] { return absl::EndsWith(*text, *suffix); }});
+        Contender{"absl", [=] { return absl::EndsWith(*text, *suffix); }},
+        Contender{"std", [=] { return StdEndswith(*text, *suffix); }});
     Compare(
         "endswith_not", size, [=] { return orvo::endswith(*text, *other); },
-        Contender{"absl", [=] { return absl::EndsWith(*text, *other); }});
+        Contender{"absl", [=] { return absl::EndsWith(*text, *other); }},
+        Contender{"std", [=] { return StdEndswith(*text, *other); }});
   }
 }
 
@@ -202,6 +210,19 @@ Texts MakeWords(std::size_t count, std::size_t longest) {
   return words;
 }
 
+Texts StdSplit(const std::string& text, char separator, std::size_t limit) {
+  Texts parts;
+  std::size_t start = 0;
+  std::size_t end = text.find(separator);
+  while (end != std::string::npos && parts.size() < limit) {
+    parts.emplace_back(text, start, end - start);
+    start = end + 1;
+    end = text.find(separator, start);
+  }
+  parts.emplace_back(text, start);
+  return parts;
+}
+
 // All the cuts are known beforehand.
 Texts CopyParts(const Pieces& parts) {
   Texts copies;
@@ -219,6 +240,7 @@ void AddSplitting(const char* operation, std::size_t longest) {
     Compare(
         operation, count, [=] { return orvo::SplitString(*text, '/', -1); },
         Contender{"absl", [=] { return Texts(absl::StrSplit(*text, '/')); }},
+        Contender{"std", [=] { return StdSplit(*text, '/', text->size()); }},
         Contender{"limit", [=] { return CopyParts(*parts); }});
   }
 }
@@ -235,8 +257,18 @@ void AddSplittingOnce() {
                     return Texts(
                         absl::StrSplit(*text, absl::MaxSplits('/', 1)));
                   }},
+        Contender{"std", [=] { return StdSplit(*text, '/', 1); }},
         Contender{"limit", [=] { return CopyParts(*parts); }});
   }
+}
+
+std::string StdJoin(const Texts& items, std::string_view separator) {
+  std::string text;
+  for (const std::string& item : items) {
+    if (&item != &items.front()) text += separator;
+    text += item;
+  }
+  return text;
 }
 
 void AddJoining(const std::string& suffix, std::size_t longest) {
@@ -246,11 +278,13 @@ void AddJoining(const std::string& suffix, std::size_t longest) {
     Compare(
         "join" + suffix, count,
         [=] { return orvo::JoinString(*items, *separator); },
-        Contender{"absl", [=] { return absl::StrJoin(*items, *separator); }});
+        Contender{"absl", [=] { return absl::StrJoin(*items, *separator); }},
+        Contender{"std", [=] { return StdJoin(*items, *separator); }});
     Compare(
         "join_char" + suffix, count,
         [=] { return orvo::JoinString(items->begin(), items->end(), '/'); },
-        Contender{"absl", [=] { return absl::StrJoin(*items, "/"); }});
+        Contender{"absl", [=] { return absl::StrJoin(*items, "/"); }},
+        Contender{"std", [=] { return StdJoin(*items, "/"); }});
   }
 }
 

@@ -109,7 +109,7 @@ void RegisterSetter(const std::string& who, std::size_t size) {
 }
 
 [[maybe_unused]] const bool registered = [] {
-  for (const std::size_t size : {8U, 64U}) {
+  for (const std::size_t size : {8U, 64U, 1000U}) {
     RegisterOperations<orvo::ThreadNames>("orvo", size);
     RegisterOperations<MutexAroundMap>("std", size);
     RegisterOperations<BareMutex>("limit", size);
