@@ -10,13 +10,14 @@
 #include <spdlog/spdlog.h>
 #include <unistd.h>
 
-#include <cstdio>
+#include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <mutex>
 #include <sstream>
 #include <string>
 #include <syncstream>
+#include <vector>
 
 #include "bench/compare.h"
 #include "orvo/format.h"
@@ -54,7 +55,7 @@ void PocoMessage(const std::string& text, int number) {
 std::mutex limit_mutex;
 
 // One write and one flush of a finished text, each under the mutex.
-void Write(const std::string& text) {
+void WriteWhole(const std::string& text) {
   {
     const std::lock_guard<std::mutex> guard(limit_mutex);
     std::cout << text;
@@ -64,7 +65,7 @@ void Write(const std::string& text) {
 }
 
 void LimitMessage(const std::string& text, int number) {
-  Write(text + std::to_string(number) + "\n");
+  WriteWhole(text + std::to_string(number) + "\n");
 }
 
 void OrvoCompose(const std::string& text, int number) {
@@ -100,25 +101,47 @@ void SpdlogLogAttempt(const std::string& text, int number) {
 }
 
 void LimitLogAttempt(const std::string& text, int number) {
-  Write(orvo::format("[DEBUG] %s line %d: %s.\n", "src/file.cpp", number,
-                     text.c_str()));
+  WriteWhole(orvo::format("[DEBUG] %s line %d: %s.\n", "src/file.cpp", number,
+                          text.c_str()));
 }
 
-template <void (*write)(const std::string&, int)>
-void Message(benchmark::State& state) {
-  const std::string text(static_cast<std::size_t>(state.range()), 'x');
+using Write = void (*)(const std::string&, int);
+
+struct Contender {
+  const char* who;
+  Write write;
+};
+
+void Message(benchmark::State& state, Write write) {
+  // A capital, as the logs begin a sentence.
+  const std::string text(static_cast<std::size_t>(state.range()), 'X');
   for (auto _ : state) write(text, 7);
 }
 
-template <void (*write)(const std::string&, int)>
-void Register(const std::string& operation, const std::string& who) {
-  const std::string name = operation + "/" + who;
-  const auto sizes = [](benchmark::internal::Benchmark* made) {
-    for (const int size : {20, 200, 4000}) made->Arg(size);
-  };
-  benchmark::RegisterBenchmark(name.c_str(), Message<write>)->Apply(sizes);
-  orvo_bench::OnTwoThreads(
-      benchmark::RegisterBenchmark(name.c_str(), Message<write>)->Apply(sizes));
+// What reaches the standard stream.
+std::string Written(Write write) {
+  std::ostringstream captured;
+  std::streambuf* const own = std::cout.rdbuf(captured.rdbuf());
+  write("Text", 7);
+  std::cout.rdbuf(own);
+  return captured.str();
+}
+
+// Registers an operation on one thread, and on two that share the stream.
+void Register(const std::string& operation, int threads,
+              const std::vector<Contender>& contenders) {
+  const std::string expected = Written(contenders.front().write);
+  for (const Contender& contender : contenders) {
+    const std::string name = operation + "/" + contender.who;
+    if (Written(contender.write) != expected) {
+      std::cerr << name << " writes another text\n";
+      std::exit(1);
+    }
+    auto* const made =
+        benchmark::RegisterBenchmark(name.c_str(), Message, contender.write)
+            ->ArgsProduct({{20, 200, 4000}});
+    if (threads == 2) orvo_bench::OnTwoThreads(made);
+  }
 }
 
 #ifdef ORVO_BENCH_REDIRECTED
@@ -133,18 +156,22 @@ const bool registered = [] {
     orvo::RedirectCout("/dev/null");
   } else {
     dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDOUT_FILENO);
-    Register<OrvoCompose>(family + "compose", "orvo");
-    Register<StdCompose>(family + "compose", "std");
-    Register<LimitCompose>(family + "compose", "limit");
+    Register(
+        family + "compose", 1,
+        {{"orvo", OrvoCompose}, {"std", StdCompose}, {"limit", LimitCompose}});
   }
-  Register<OrvoMessage>(family + "message", "orvo");
-  Register<StdMessage>(family + "message", "std");
-  Register<SpdlogMessage>(family + "message", "spdlog");
-  Register<PocoMessage>(family + "message", "poco");
-  Register<LimitMessage>(family + "message", "limit");
-  Register<OrvoLogAttempt>(family + "log_attempt", "orvo");
-  Register<SpdlogLogAttempt>(family + "log_attempt", "spdlog");
-  Register<LimitLogAttempt>(family + "log_attempt", "limit");
+  for (const int threads : {1, 2}) {
+    Register(family + "message", threads,
+             {{"orvo", OrvoMessage},
+              {"std", StdMessage},
+              {"spdlog", SpdlogMessage},
+              {"poco", PocoMessage},
+              {"limit", LimitMessage}});
+    Register(family + "log_attempt", threads,
+             {{"orvo", OrvoLogAttempt},
+              {"spdlog", SpdlogLogAttempt},
+              {"limit", LimitLogAttempt}});
+  }
   return true;
 }();
 

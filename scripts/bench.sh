@@ -8,7 +8,7 @@ set -eu
 . "$(dirname "$0")/lib.sh"
 
 usage="usage: bench.sh [--json FOLDER] [--write FILE] [FAMILY...]"
-all=$(sed -n 's|^\([a-z_]*\)/.*|\1|p' bench/goals.txt | uniq)
+all=$(sed -n 's|^\([a-z_]*\)/.*|\1|p' bench/goals.txt | awk '!seen[$0]++')
 reports=$project/build/bench/reports
 page=
 while [ $# -gt 0 ]; do
