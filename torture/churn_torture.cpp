@@ -5,7 +5,7 @@
 //   churn_torture [--threads=N] [--twin=keeps_threads]
 //
 // --twin=keeps_threads leaves threads behind, which is a fault to be found.
-#include <atomic>
+#include <chrono>
 #include <string>
 #include <thread>
 #include <vector>
@@ -76,12 +76,14 @@ class Churn {
   Faults faults_;
 };
 
-// Lives until the end of the process.
-void KeepThread() {
-  std::thread([] {
-    orvo::threadNames.SetNameOfCurrentThread("kept");
-    for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
-  }).detach();
+// They live until the end of the process.
+void KeepThreads() {
+  for (int i = 0; i < 3; ++i) {
+    std::thread([] {
+      orvo::threadNames.SetNameOfCurrentThread("kept");
+      for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
+    }).detach();
+  }
 }
 
 }  // namespace
@@ -95,7 +97,7 @@ int main(int argc, char** argv) {
   long warm = 0;
   for (long number = 0; number < goal; number += kBatch) {
     churn.RunBatch(number);
-    if (keep) KeepThread();
+    if (keep) KeepThreads();
     if (warm == 0 && number >= goal / 5) warm = orvo_torture::ResidentBytes();
   }
   const long growth = orvo_torture::ResidentBytes() - warm;

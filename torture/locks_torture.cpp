@@ -53,7 +53,7 @@ struct Arena {
   Handle lock;
   orvo::Condition changed;
   const long goal;   // acquisitions of each thread
-  const bool waits;  // a broken lock would hang in a wait
+  const bool waits;  // which do not ask the implementation
   Faults faults;
   std::atomic<int> inside{0};
   std::atomic<std::uint64_t> expected{0};  // sum of the values of all threads
@@ -61,6 +61,7 @@ struct Arena {
   std::uint64_t checksum = 0;
   long acquisitions = 0;
   int last = 0;
+  std::atomic<long> refusals{0};  // a free lock would prove nothing
 };
 
 // One thread of a run.
@@ -113,7 +114,7 @@ class Player {
   }
 
   void PlayTryLock() {
-    if (!arena_.lock.try_lock()) return CheckReleased();
+    if (!arena_.lock.try_lock()) return Refuse();
     Enter();
     Leave();
     arena_.lock.unlock();
@@ -121,15 +122,16 @@ class Player {
 
   void PlayTimedLock() {
     const double seconds = 1e-6 * static_cast<double>(random_() % 8);
-    if (!arena_.lock.TimedLock(seconds)) return CheckReleased();
+    if (!arena_.lock.TimedLock(seconds)) return Refuse();
     Enter();
     Leave();
     arena_.lock.unlock();
   }
 
   void PlayTryLockFor() {
+    if (!arena_.waits) return;
     const std::chrono::microseconds length(random_() % 20);
-    if (!arena_.lock.TryLockFor(length)) return CheckReleased();
+    if (!arena_.lock.TryLockFor(length)) return Refuse();
     Enter();
     Leave();
     arena_.lock.unlock();
@@ -175,10 +177,10 @@ class Player {
       Count();
     }
     for (int depth = deepest; depth > 1; --depth) {
-      if (random_() % 8 == 0) sched_yield();
       arena_.lock.unlock();
       CheckHeld(depth - 1);
     }
+    if (random_() % 32 == 0) WaitForOthers();
     Leave();
     arena_.lock.unlock();
     CheckReleased();
@@ -224,6 +226,12 @@ class Player {
     Leave();
   }
 
+  // Another thread has the lock.
+  void Refuse() {
+    ++arena_.refusals;
+    CheckReleased();
+  }
+
   // The lock was just taken, for the first time.
   void Enter() {
     arena_.faults.Check(arena_.inside.fetch_add(1) == 0,
@@ -238,11 +246,17 @@ class Player {
     const std::uint64_t before = arena_.checksum;
     ++arena_.acquisitions;
     arena_.last = number_;
-    if (value % 64 == 0) sched_yield();
+    if (value % 256 == 0) WaitForOthers();
     arena_.faults.Check(arena_.last == number_, "what is guarded stays");
     arena_.checksum = before + value;
     sum_ += value;
     ++acquired_;
+  }
+
+  // Long enough for the others to come and find the lock taken.
+  static void WaitForOthers() {
+    const timespec moment{0, 1000};
+    orvo_test::nanosleep_calls.Real(&moment, nullptr);
   }
 
   // The lock is about to be released for the last time.
@@ -303,17 +317,21 @@ void Torture(const std::string& name, Handle handle, int threads,
   CheckFree(arena);
   orvo_torture::Report("locks, " + name,
                        std::to_string(threads) + " threads, " +
-                           std::to_string(arena.acquisitions) + " acquisitions",
+                           std::to_string(arena.acquisitions) +
+                           " acquisitions, " + std::to_string(arena.refusals) +
+                           " refusals",
                        arena.faults, watch);
 }
 
 // --- Broken twins ----------------------------------------------------------
 
-class LockDoesNothing : public orvo::LockImpl_ {
+class DoesNothing : public orvo::LockImpl_ {
  public:
   using LockImpl_::LockImpl_;
   void lock() override {}
   void unlock() override {}
+  bool try_lock() override { return true; }
+  bool TimedLock(double) override { return true; }
 };
 
 // Gives up every hundredth acquisition as soon as it has it.
@@ -430,7 +448,7 @@ const struct {
   const char* name;
   void (*torture)(const std::string& name);
 } kTwins[] = {
-    {"lock_does_nothing", TortureTwin<orvo::Lock, LockDoesNothing>},
+    {"does_nothing", TortureTwin<orvo::Lock, DoesNothing>},
     {"unlocks_too_early", TortureTwin<orvo::Lock, UnlocksTooEarly>},
     {"pretends_to_be_free", TortureTwin<orvo::Lock, PretendsToBeFree>},
     {"succeeds_at_time_out", TortureTwin<orvo::Lock, SucceedsAtTimeOut>},
