@@ -18,6 +18,8 @@
 #include <type_traits>
 #include <vector>
 
+#include "orvo/exception_log.h"
+#include "orvo/stacktrace.h"
 #include "tests/support/capture.h"
 #include "tests/support/files.h"
 #include "tests/support/interpose/calls.h"
@@ -93,6 +95,58 @@ TEST(ThreadSafeOStream, TakesItsMutexOnceForEachWriteAndFlush) {
   }
   EXPECT_THAT(calls, ElementsAre("(lock)", "text7", "(unlock)", "(lock)",
                                  "(flush)", "(unlock)"));
+}
+
+// Notes which mutexes are held at each write and each flush.
+class MutexObserver : public std::streambuf {
+ public:
+  MutexObserver() : saved_(std::cout.rdbuf(this)) {}
+  MutexObserver(const MutexObserver&) = delete;
+  MutexObserver& operator=(const MutexObserver&) = delete;
+  ~MutexObserver() override { std::cout.rdbuf(saved_); }
+
+  const std::vector<std::set<pthread_mutex_t*>>& calls() const {
+    return calls_;
+  }
+
+ protected:
+  std::streamsize xsputn(const char*, std::streamsize size) override {
+    calls_.push_back(held_);
+    return size;
+  }
+  int sync() override {
+    calls_.push_back(held_);
+    return 0;
+  }
+
+ private:
+  std::streambuf* saved_;
+  std::set<pthread_mutex_t*> held_;
+  std::vector<std::set<pthread_mutex_t*>> calls_;
+  const orvo_test::ScopedHook<int(pthread_mutex_t*)> lock_{
+      orvo_test::pthread_mutex_lock_calls, [this](pthread_mutex_t* mutex) {
+        held_.insert(mutex);
+        return orvo_test::pthread_mutex_lock_calls.Real(mutex);
+      }};
+  const orvo_test::ScopedHook<int(pthread_mutex_t*)> unlock_{
+      orvo_test::pthread_mutex_unlock_calls, [this](pthread_mutex_t* mutex) {
+        held_.erase(mutex);
+        return orvo_test::pthread_mutex_unlock_calls.Real(mutex);
+      }};
+};
+
+TEST(ThreadSafeCout, WaitsWhileTheLibraryWritesPlainly) {
+  const MutexObserver observer;
+  orvo::thread_safe_cout.flush();
+  ASSERT_EQ(observer.calls().size(), 1U);
+  ASSERT_EQ(observer.calls()[0].size(), 1U);
+  pthread_mutex_t* const mutex = *observer.calls()[0].begin();
+
+  orvo::LogException("msg", "f", 7);
+  EXPECT_EQ(observer.calls().size(), 5U);
+  const orvo::FrameParts of_no_frame("main");
+  EXPECT_EQ(observer.calls().size(), 7U);
+  EXPECT_THAT(observer.calls(), testing::Each(testing::Contains(mutex)));
 }
 
 TEST(ThreadSafeOStream, RedirectsItsTargetToATruncatedFile) {
