@@ -44,7 +44,7 @@ differs() {
 # be found.
 plant() {
   mkdir "$work/$1.source"
-  cp -R CMakeLists.txt cmake include src "$work/$1.source"
+  tar --exclude=./build --exclude=./.git -cf - . | tar -xf - -C "$work/$1.source"
   sed -i "$3" "$work/$1.source/$2"
   ! cmp -s "$2" "$work/$1.source/$2" || fail "the planted difference '$1' changed nothing"
   build_library "$work/$1.source" "$1" 17 Debug ON

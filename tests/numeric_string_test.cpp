@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "tests/support/allocations.h"
+#include "tests/support/standard_library.h"
 
 // What a program outside all namespaces sees.
 std::string WrittenFromTheGlobalNamespace(const orvo::NumericString& text) {
@@ -326,6 +327,7 @@ TEST(NumericString, IsAPlainValue) {
 }
 
 TEST(NumericString, AllocatesOnlyItsChunksWhileTextsAreShort) {
+  ORVO_NEEDS_LIBSTDCXX();
   const std::string text = "img0012take3.png";
   const std::string short_text = "take12.png";
   const long before = CountAllocations();

@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "tests/support/allocations.h"
+#include "tests/support/standard_library.h"
 #include "tests/support/texts.h"
 
 namespace {
@@ -380,6 +381,7 @@ TEST(StringToNumber, StoresTheNearestLimitForANumberOutOfRange) {
 }
 
 TEST(StringToNumber, ServesOtherNumberTypes) {
+  ORVO_NEEDS_LIBSTDCXX();
   EXPECT_EQ(orvo::StringToNumber<short>("40000"), 32767);
   EXPECT_EQ(orvo::StringToNumber<unsigned short>("-1"), 65535);
   EXPECT_EQ(orvo::StringToNumber<unsigned>("-1"), 4294967295u);

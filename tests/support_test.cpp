@@ -19,6 +19,7 @@
 #include "tests/support/files.h"
 #include "tests/support/interpose/calls.h"
 #include "tests/support/latch.h"
+#include "tests/support/standard_library.h"
 
 namespace {
 
@@ -120,6 +121,7 @@ TEST(CountOpenDescriptors, SeesEachOpenFile) {
 }
 
 TEST(CountAllocations, SeesEachAllocationOfThisThread) {
+  ORVO_NEEDS_LIBSTDCXX();
   const long before = orvo_test::CountAllocations();
   ::operator delete(::operator new(1));
   ::operator delete[](::operator new[](1));

@@ -287,8 +287,8 @@ TEST(OutBuffer, CommitsWhenFlushed) {
 TEST(OutBuffer, IsGoodAgainAfterACommit) {
   RecordingReceiver receiver;
   OutBuffer<RecordingReceiver> buffer(receiver);
-  buffer << "one" << static_cast<const char*>(nullptr);
-  EXPECT_FALSE(buffer.good());
+  buffer << "one";
+  buffer.setstate(std::ios::badbit);
   buffer.commit();
   EXPECT_TRUE(buffer.good());
   buffer << "two";
@@ -336,7 +336,7 @@ struct ThrowingReceiver {
 TEST(OutBufferDeathTest, EndsTheProcessWhenItsDestructorFails) {
   ThrowingReceiver receiver;
   EXPECT_EXIT(OutBuffer<ThrowingReceiver>{receiver},
-              testing::KilledBySignal(SIGABRT), "terminate called");
+              testing::KilledBySignal(SIGABRT), "terminat");
 }
 
 TEST(CoutBuffer, WritesItsMessageWhenItGoes) {
