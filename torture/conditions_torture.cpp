@@ -461,7 +461,7 @@ int main(int argc, char** argv) {
     HandOver<orvo::RLock>("RLock", turns, -1);
     HandOver<orvo::DebugLock>("DebugLock", turns, -1);
     HandOver<orvo::DebugRLock>("DebugRLock", turns, -1);
-    WakeUp(turns / 10);
+    WakeUp(turns / 50);
     WaitInAllPhases(rounds);
     SetClocks(rounds);
   }

@@ -8,11 +8,13 @@
 // every plain and of every debug lock. --twin=NAME takes a broken lock in place
 // of one of them, which is a fault to be found; see kTwins below.
 #include <sched.h>
+#include <semaphore.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <exception>
 #include <iostream>
 #include <memory>
@@ -44,6 +46,37 @@ template <typename Handle>
 constexpr bool kRecursive = std::is_base_of_v<orvo::RLock, Handle> ||
                             std::is_base_of_v<orvo::DebugRLock, Handle>;
 
+// Lets a holder wait for the others, however seldom a busy machine runs them.
+class Guests {
+ public:
+  Guests() { sem_init(&arrivals_, 0, 0); }
+  Guests(const Guests&) = delete;
+  Guests& operator=(const Guests&) = delete;
+  ~Guests() { sem_destroy(&arrivals_); }
+
+  void Announce() {
+    if (awaited_.load(std::memory_order_relaxed)) {
+      awaited_.store(false, std::memory_order_relaxed);
+      sem_post(&arrivals_);
+    }
+  }
+
+  /// Whether somebody came within a millisecond.
+  bool Await() {
+    timespec deadline{};
+    clock_gettime(CLOCK_REALTIME, &deadline);
+    deadline.tv_nsec += 1000000;
+    deadline.tv_sec += deadline.tv_nsec / 1000000000;
+    deadline.tv_nsec %= 1000000000;
+    awaited_.store(true, std::memory_order_relaxed);
+    return sem_timedwait(&arrivals_, &deadline) == 0;
+  }
+
+ private:
+  std::atomic<bool> awaited_{false};
+  sem_t arrivals_;
+};
+
 // What the threads of one run share.
 template <typename Handle>
 struct Arena {
@@ -61,7 +94,10 @@ struct Arena {
   std::uint64_t checksum = 0;
   long acquisitions = 0;
   int last = 0;
-  std::atomic<long> refusals{0};  // a free lock would prove nothing
+  // A lock that nobody wants would prove nothing.
+  Guests guests;
+  std::atomic<long> meetings{0};
+  std::atomic<long> refusals{0};
 };
 
 // One thread of a run.
@@ -86,6 +122,7 @@ class Player {
 
  private:
   void Step() {
+    arena_.guests.Announce();
     switch (random_() % 16) {
       case 0:
         return PlayNested();
@@ -253,8 +290,11 @@ class Player {
     ++acquired_;
   }
 
-  // Long enough for the others to come and find the lock taken.
-  static void WaitForOthers() {
+  // Until another thread comes to the lock, or all the others stand there.
+  void WaitForOthers() {
+    if (!arena_.guests.Await()) return;
+    ++arena_.meetings;
+    // Lets who has come take the last step.
     const timespec moment{0, 1000};
     orvo_test::nanosleep_calls.Real(&moment, nullptr);
   }
@@ -318,7 +358,8 @@ void Torture(const std::string& name, Handle handle, int threads,
   orvo_torture::Report("locks, " + name,
                        std::to_string(threads) + " threads, " +
                            std::to_string(arena.acquisitions) +
-                           " acquisitions, " + std::to_string(arena.refusals) +
+                           " acquisitions, " + std::to_string(arena.meetings) +
+                           " meetings, " + std::to_string(arena.refusals) +
                            " refusals",
                        arena.faults, watch);
 }
