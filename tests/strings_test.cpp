@@ -597,6 +597,18 @@ TEST(SplitString, CutsAtNuls) {
               ElementsAre(WithNul("a", ""), "b"));
 }
 
+TEST(SplitString, CutsAtAnyByte) {
+  for (int code = 0; code < 256; ++code) {
+    const char separator = static_cast<char>(code);
+    const char other = static_cast<char>(code ^ 1);
+    const std::string part(3, other);
+    EXPECT_THAT(
+        orvo::SplitString(part + separator + part + part, separator, -1),
+        ElementsAre(part, part + part))
+        << code;
+  }
+}
+
 // A separator of the caller's own.
 struct LongSeparator : std::string {
   using std::string::string;
