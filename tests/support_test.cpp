@@ -128,6 +128,28 @@ TEST(CountAllocations, SeesEachAllocationOfThisThread) {
   EXPECT_EQ(orvo_test::CountAllocations() - before, 3);
 }
 
+TEST(CountLiveAllocations, SeesWhatIsNotReleased) {
+  const long before = orvo_test::CountLiveAllocations();
+  void* const kept = ::operator new(1);
+  void* const array = ::operator new[](1, std::nothrow);
+  EXPECT_EQ(orvo_test::CountLiveAllocations(), before + 2);
+  ::operator delete(kept);
+  ::operator delete[](array);
+  EXPECT_EQ(orvo_test::CountLiveAllocations(), before);
+}
+
+TEST(ScopedAllocationFailure, FailsAsOftenAsItIsTold) {
+  const orvo_test::ScopedAllocationFailure failure(1, 2);
+  const auto succeeds = [] {
+    void* const memory = ::operator new(1, std::nothrow);
+    ::operator delete(memory);
+    return memory != nullptr;
+  };
+  const bool seen[] = {succeeds(), succeeds(), succeeds(), succeeds()};
+  EXPECT_THAT(seen, testing::ElementsAre(true, false, false, true));
+  EXPECT_EQ(failure.count(), 2);
+}
+
 TEST(Latch, OpensAfterItsCount) {
   orvo_test::Latch latch(2);
   std::atomic<bool> arrived{false};
