@@ -74,6 +74,8 @@ TEST(ScopedFailure, LetsCallsThroughBeforeAndAfter) {
   EXPECT_EQ(SleepOneNanosecond(), -1);
   EXPECT_EQ(SleepOneNanosecond(), -1);
   EXPECT_EQ(SleepOneNanosecond(), 0);
+  EXPECT_EQ(SleepOneNanosecond(), 0);
+  EXPECT_EQ(failure.count(), 2);
 }
 
 TEST(ScopedFailureDeathTest, StopsTheProgramForAFunctionItDoesNotHave) {
