@@ -70,6 +70,14 @@ std::streamoff PassOthers(std::istream& stream, std::streamoff end,
   }
 }
 
+// Takes the zero as well. Not with std::getline(), which keeps it to itself
+// when memory runs out.
+void ReadUntilZero(std::istream& stream, std::string* text) {
+  for (int next = stream.get(); next > 0; next = stream.get()) {
+    text->push_back(static_cast<char>(next));
+  }
+}
+
 // Piece by piece: the count may promise more than the stream holds.
 void AppendBytes(std::istream& stream, std::int64_t count, std::string* text) {
   char piece[4096];
@@ -152,7 +160,7 @@ bool COMMFrame::ReadBody_(std::istream& stream) {
   std::copy(start + 1, start + 4, language);
   if (encoding != 0) return false;
 
-  std::getline(stream, description, '\0');
+  ReadUntilZero(stream, &description);
   const std::size_t before_text = sizeof start + description.size() + 1;
   AppendBytes(
       stream,

@@ -11,6 +11,7 @@
 #include <functional>
 #include <ios>
 #include <iterator>
+#include <new>
 #include <random>
 #include <sstream>
 #include <string>
@@ -421,6 +422,17 @@ TEST(GetComm, AllocatesNothingBeyondItsResult) {
   const std::string text = orvo::get_comm(stream);
   EXPECT_EQ(orvo_test::CountAllocations() - before, 1);
   EXPECT_EQ(text.size(), 100U);
+}
+
+TEST(GetComm, PassesOnThatMemoryRunsOut) {
+  const std::string tag =
+      Id3Tag(Id3Comment(std::string(100, 'd'), std::string(100, 't')));
+  for (long after = 0; after < 2; ++after) {
+    SCOPED_TRACE(after);
+    std::istringstream stream(tag);
+    const orvo_test::ScopedAllocationFailure failure(after, 1);
+    EXPECT_THROW(orvo::get_comm(stream), std::bad_alloc);
+  }
 }
 
 // How often get_comm() reads from a file that holds a large frame, and many

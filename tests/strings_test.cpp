@@ -9,6 +9,7 @@
 #include <limits>
 #include <list>
 #include <locale>
+#include <new>
 #include <optional>
 #include <random>
 #include <sstream>
@@ -378,6 +379,15 @@ TEST(StringToNumber, StoresTheNearestLimitForANumberOutOfRange) {
   EXPECT_EQ(orvo::StringToNumber<int>("-" + std::string(100, '9')), INT_MIN);
   EXPECT_EQ(orvo::StringToNumber<int>("18446744073709551616"), INT_MAX);
   EXPECT_EQ(orvo::StringToNumber<int>(std::string(100, '0') + "5"), 5);
+}
+
+TEST(StringToNumber, PassesOnThatMemoryRunsOut) {
+  const std::string text = "1.5";
+  {
+    const orvo_test::ScopedAllocationFailure failure;
+    EXPECT_THROW(orvo::StringToNumber<double>(text), std::bad_alloc);
+  }
+  EXPECT_EQ(orvo::StringToNumber<double>(text), 1.5);
 }
 
 TEST(StringToNumber, ServesOtherNumberTypes) {

@@ -11,6 +11,7 @@
 #include <locale>
 #include <map>
 #include <memory>
+#include <new>
 #include <set>
 #include <sstream>
 #include <string>
@@ -20,6 +21,7 @@
 
 #include "orvo/exception_log.h"
 #include "orvo/stacktrace.h"
+#include "tests/support/allocations.h"
 #include "tests/support/capture.h"
 #include "tests/support/files.h"
 #include "tests/support/interpose/calls.h"
@@ -235,6 +237,23 @@ TEST(ThreadSafeOStream, LosesOutputWhenTheFileCannotBeOpened) {
   }
   EXPECT_TRUE(target.good());
   EXPECT_EQ(target.str(), "");
+}
+
+TEST(ThreadSafeOStream, IsRedirectedInTheEndAlthoughMemoryRanOut) {
+  const TemporaryFolder folder;
+  const std::string path = folder / "file";
+  std::ostringstream target;
+  ThreadSafeOStream stream(target);
+  {
+    const orvo_test::ScopedAllocationFailure failure;
+    EXPECT_THROW(stream.redirect(path), std::bad_alloc);
+  }
+  stream << 1;
+  stream.redirect(path);
+  stream << 2;
+  stream.flush();
+  EXPECT_EQ(ReadFile(path), "2");
+  EXPECT_EQ(target.str(), "1");
 }
 
 TEST(ThreadSafeOStream, KeepsTheFirstFileWhenRedirectedAgain) {
