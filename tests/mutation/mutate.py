@@ -1,0 +1,231 @@
+"""Flips and removes the library's conditional jumps, one at a time, and runs
+the tests against each copy of the library.
+
+A mutant is killed when a test fails, crashes or runs out of time. One that
+survives is a branch that no test needs, unless survivors.txt explains it.
+"""
+
+import argparse
+import concurrent.futures
+import json
+import os
+import pathlib
+import queue
+import random
+import re
+import resource
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+
+NOP = 0x90
+MEMORY = 8 << 30  # enough for every test, too little for an endless loop
+FILE_SIZE = 8 << 30
+# These look at the build, not at what the library does.
+NOT_BEHAVIOUR = re.compile(
+    r"headers|package|exported_symbols|rejects_|thread_safety|missing_tools|hardening"
+)
+
+
+class Jump:
+    """A conditional jump of the library."""
+
+    def __init__(self, source, line, text, offset, code):
+        self.source, self.line, self.text = source, line, text
+        self.offset, self.code = offset, code
+
+    def mutants(self):
+        flipped = bytearray(self.code)
+        flipped[1 if flipped[0] == 0x0F else 0] ^= 1
+        yield Mutant(self, "flipped", bytes(flipped))
+        yield Mutant(self, "removed", bytes([NOP] * len(self.code)))
+
+
+class Mutant:
+    def __init__(self, jump, kind, code):
+        self.jump, self.kind, self.code = jump, kind, code
+
+    def __str__(self):
+        jump = self.jump
+        return f"{jump.source}:{jump.line} {self.kind} at {jump.offset:#x}: {jump.text}"
+
+
+class Test:
+    def __init__(self, entry):
+        self.name = entry["name"]
+        self.command = entry["command"]
+        self.seconds = 0.0
+        self.kills = 0
+
+
+def text_section(library):
+    """Where the code stands in the file, relative to its addresses."""
+    listing = subprocess.run(["readelf", "-SW", library], check=True,
+                             capture_output=True, text=True).stdout
+    match = re.search(r"\s\.text\s+PROGBITS\s+(\w+)\s+(\w+)", listing)
+    return int(match[2], 16) - int(match[1], 16)
+
+
+def find_jumps(library, root):
+    """The conditional jumps that the project's own sources were compiled to."""
+    shift = text_section(library)
+    lines = {}
+    source, number, jumps = None, 0, []
+    with subprocess.Popen(["objdump", "-dlw", "-j", ".text", library],
+                          stdout=subprocess.PIPE, text=True) as listing:
+        for row in listing.stdout:
+            place = re.match(r"(/.*):(\d+)(?: \(discriminator \d+\))?$", row)
+            if place:
+                path = pathlib.Path(os.path.normpath(place[1]))
+                source = path if path.is_relative_to(root / "src") else None
+                number = int(place[2])
+                continue
+            code = re.match(r"\s+(\w+):\s((?:[0-9a-f]{2} )+)\s*(j\w+)\s", row)
+            if not source or not code or code[3].startswith("jmp"):
+                continue
+            if source not in lines:
+                lines[source] = source.read_text().split("\n")
+            text = lines[source][number - 1].strip()
+            jumps.append(Jump(str(source.relative_to(root)), number, text,
+                              int(code[1], 16) + shift,
+                              bytes.fromhex(code[2])))
+    return jumps
+
+
+def find_tests(build):
+    listing = subprocess.run(["ctest", "--test-dir", build, "--show-only=json-v1"],
+                             check=True, capture_output=True, text=True).stdout
+    return [Test(entry) for entry in json.loads(listing)["tests"]
+            if not NOT_BEHAVIOUR.match(entry["name"])]
+
+
+def limit_resources():
+    resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
+    resource.setrlimit(resource.RLIMIT_FSIZE, (FILE_SIZE, FILE_SIZE))
+    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+
+
+def passes(test, folder, seconds, output=subprocess.DEVNULL):
+    """Runs a test against the library in the folder."""
+    environment = dict(os.environ, LD_LIBRARY_PATH=str(folder), TMPDIR=str(folder / "tmp"),
+                       GTEST_FAIL_FAST="1", GTEST_BRIEF="1")
+    process = subprocess.Popen(test.command, cwd=folder / "work", env=environment,
+                               stdin=subprocess.DEVNULL, stdout=output, stderr=output, start_new_session=True,
+                               preexec_fn=limit_resources)
+    try:
+        return process.wait(seconds) == 0
+    except subprocess.TimeoutExpired:
+        return False
+    finally:
+        # What a test has started may outlive it.
+        try:
+            os.killpg(process.pid, signal.SIGKILL)
+        except ProcessLookupError:
+            pass
+        process.wait()
+
+
+def make_folders(folder):
+    """Empty ones, because a mutant may leave anything behind."""
+    for name in "work", "tmp":
+        shutil.rmtree(folder / name, ignore_errors=True)
+        (folder / name).mkdir(parents=True)
+
+
+def stem(path):
+    return pathlib.Path(path).stem
+
+
+def order(tests, source):
+    """The tests of the source first, then what has killed most so far."""
+    return sorted(tests, key=lambda test: (not test.name.startswith(stem(source)),
+                                           -test.kills, test.seconds))
+
+
+def killer(mutant, image, tests, folder):
+    """The test that notices the mutant, or None."""
+    changed = bytearray(image)
+    offset = mutant.jump.offset
+    changed[offset:offset + len(mutant.code)] = mutant.code
+    # A new file each time, because an ended test's child may still run the old.
+    library = folder / "liborvo.so.1"
+    library.unlink(missing_ok=True)
+    library.write_bytes(changed)
+    make_folders(folder)
+    for test in order(tests, mutant.jump.source):
+        if not passes(test, folder, 5 + 10 * test.seconds):
+            test.kills += 1
+            return test.name
+    return None
+
+
+def read_explained(path):
+    """Lines of the form "FILE: SOURCE LINE" below a comment that says why."""
+    rows = path.read_text().split("\n")
+    return {row for row in rows if row and not row.startswith("#")}
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("library", type=pathlib.Path)
+    parser.add_argument("tests", help="build tree with the tests")
+    parser.add_argument("--sample", type=int, help="number of mutants to draw")
+    parser.add_argument("--source", help="only the jumps of this source")
+    parser.add_argument("--seed", type=int, default=1)
+    parser.add_argument("--least", type=float, default=98.0, help="per cent to kill")
+    options = parser.parse_args()
+
+    root = pathlib.Path(__file__).resolve().parents[2]
+    image = options.library.read_bytes()
+    mutants = [mutant for jump in find_jumps(options.library, root)
+               for mutant in jump.mutants()
+               if options.source in (None, jump.source)]
+    if options.sample:
+        random.seed(options.seed)
+        mutants = random.sample(mutants, min(options.sample, len(mutants)))
+
+    with tempfile.TemporaryDirectory() as name:
+        os.chmod(name, 0o755)  # some tests give up the rights of root
+        folders = queue.SimpleQueue()
+        for worker in range(os.cpu_count()):
+            folder = pathlib.Path(name) / str(worker)
+            make_folders(folder)
+            (folder / "liborvo.so.1").write_bytes(image)
+            folders.put(folder)
+
+        tests = find_tests(options.tests)
+        for test in tests:
+            start = time.monotonic()
+            if not passes(test, folder, 600, None):
+                sys.exit(f"{test.name} fails without any mutant")
+            test.seconds = time.monotonic() - start
+
+        def judge(mutant):
+            folder = folders.get()
+            try:
+                return killer(mutant, image, tests, folder)
+            finally:
+                folders.put(folder)
+
+        with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+            killers = list(pool.map(judge, mutants))
+
+    explained = read_explained(root / "tests/mutation/survivors.txt")
+    survivors = [mutant for mutant, name in zip(mutants, killers) if not name]
+    unexplained = [mutant for mutant in survivors
+                   if f"{mutant.jump.source}: {mutant.jump.text}" not in explained]
+    for mutant in survivors:
+        note = "" if mutant in unexplained else " (explained)"
+        print(f"survived{note}: {mutant}")
+    killed = len(mutants) - len(survivors)
+    share = 100 * killed / max(len(mutants), 1)
+    print(f"{killed} of {len(mutants)} mutants killed ({share:.1f} %), "
+          f"{len(unexplained)} survivors without an explanation")
+    sys.exit(share < options.least or bool(unexplained))
+
+
+if __name__ == "__main__":
+    main()
