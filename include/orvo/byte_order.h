@@ -26,7 +26,7 @@ namespace orvo {
 
 /// The 48-bit node of a UUID as it is stored: six bytes, reversed as one unit.
 struct NodeT {
-  unsigned char bytes[6];
+  unsigned char bytes[6];  ///< High byte first.
 };
 
 /// The value with the bytes of its object representation in reverse order,

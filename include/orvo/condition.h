@@ -99,6 +99,8 @@ class ORVO_EXPORT Condition {
   ///          deadline and, with a line on the standard output, on any error.
   ///          With one whether it is true, be it after the deadline.
   /// @{
+
+  /// Waits until then at most.
   template <typename Rep, typename Period>
   bool WaitFor(OrvoLock& lock, const std::chrono::duration<Rep, Period>& length)
       ORVO_REQUIRES(lock) {

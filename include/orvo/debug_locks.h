@@ -52,8 +52,12 @@ class ORVO_EXPORT DebugLock : public OrvoLock {
   /// @throws std::invalid_argument  @p impl is null.
   explicit DebugLock(std::unique_ptr<DebugLockImpl_> impl);
 
+  /// @{
+
+  /// Takes the implementation over.
   DebugLock(DebugLock&& other) noexcept;
   DebugLock& operator=(DebugLock&& other) noexcept;
+  /// @}
   ~DebugLock() override;
 
   /// Waits for the lock, printing a banner now and then; see
@@ -81,6 +85,8 @@ class ORVO_EXPORT DebugLock : public OrvoLock {
   /// @return  Whether the lock is now held.
   /// @throws LockError  "pthread_mutex_clocklock failed with error N".
   /// @{
+
+  /// Waits until then at most.
   template <typename Rep, typename Period>
   bool TryLockFor(const std::chrono::duration<Rep, Period>& length)
       ORVO_TRY_ACQUIRE(true) {
@@ -118,6 +124,8 @@ class ORVO_EXPORT DebugLock : public OrvoLock {
   /// @name Inspection
   /// See DebugLockImpl_. A thread in a wait on a Condition is no holder.
   /// @{
+
+  /// As the member of this name of DebugLockImpl_.
   std::thread::id GetOwner() const;
   std::string GetOwnerName() const;
   int GetDepth() const;

@@ -24,9 +24,13 @@
 #include "orvo/time_value.h"
 #include "orvo/uuid.h"
 
+/// @namespace fmt
+/// That of the fmt library, where it looks for formatters.
+
 /// Formats UUID::uuid_string().
 template <>
 struct fmt::formatter<orvo::UUID> : fmt::formatter<fmt::string_view> {
+  /// Writes the text as the specification says.
   template <typename Context>
   auto format(const orvo::UUID& uuid, Context& context) const {
     return fmt::formatter<fmt::string_view>::format(uuid.uuid_string(),
@@ -38,6 +42,7 @@ struct fmt::formatter<orvo::UUID> : fmt::formatter<fmt::string_view> {
 /// "2026-11-15T21-19-56.123456789Z".
 template <>
 struct fmt::formatter<orvo::TimeValue> : fmt::formatter<fmt::string_view> {
+  /// Writes the text as the specification says.
   template <typename Context>
   auto format(const orvo::TimeValue& time, Context& context) const {
     return fmt::formatter<fmt::string_view>::format(time.GetAsIso8601Precise(9),
@@ -48,6 +53,7 @@ struct fmt::formatter<orvo::TimeValue> : fmt::formatter<fmt::string_view> {
 /// Formats midi::Note::GetName().
 template <>
 struct fmt::formatter<orvo::midi::Note> : fmt::formatter<fmt::string_view> {
+  /// Writes the text as the specification says.
   template <typename Context>
   auto format(const orvo::midi::Note& note, Context& context) const {
     return fmt::formatter<fmt::string_view>::format(note.GetName(), context);

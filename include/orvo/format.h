@@ -6,8 +6,7 @@
 /// pieces.
 ///
 /// @code
-/// throw orvo::LockError(orvo::format("lock %s failed with error %d", name,
-/// 5));
+/// throw orvo::LockError(orvo::format("lock %s failed: error %d", name, 5));
 /// @endcode
 ///
 /// Every function here may be called from any thread at once.

@@ -96,10 +96,13 @@ class ORVO_EXPORT COMMFrame {
   ///                   frame.
   explicit COMMFrame(std::istream& stream);
 
+  /// @{
+  /// A value as any other.
   COMMFrame(const COMMFrame& other);
   COMMFrame(COMMFrame&& other) noexcept;
   COMMFrame& operator=(const COMMFrame& other);
   COMMFrame& operator=(COMMFrame&& other) noexcept;
+  /// @}
   ~COMMFrame();
 
   /// The identifier in the frame's header: "COMM".

@@ -188,8 +188,12 @@ class ORVO_EXPORT Lock : public OrvoLock {
   /// @throws std::invalid_argument  @p impl is null.
   explicit Lock(std::unique_ptr<LockImpl_> impl);
 
+  /// @{
+
+  /// Takes the implementation over.
   Lock(Lock&& other) noexcept;
   Lock& operator=(Lock&& other) noexcept;
+  /// @}
   ~Lock() override;
 
   void lock() ORVO_ACQUIRE() override;
@@ -209,6 +213,8 @@ class ORVO_EXPORT Lock : public OrvoLock {
   /// @return  Whether the lock is now held.
   /// @throws LockError  "pthread_mutex_clocklock failed with error N".
   /// @{
+
+  /// Waits until then at most.
   template <typename Rep, typename Period>
   bool TryLockFor(const std::chrono::duration<Rep, Period>& length)
       ORVO_TRY_ACQUIRE(true) {

@@ -72,6 +72,7 @@ ORVO_EXPORT std::string GetNoteName(unsigned char index);
 /// are named as if the scale went on ("C9" to "D#19").
 class ORVO_EXPORT Note {
  public:
+  /// The note with this number.
   ORVO_EXPORT_INLINE constexpr explicit Note(unsigned char index)
       : index_(index) {}
 

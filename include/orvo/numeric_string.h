@@ -31,14 +31,21 @@ class ORVO_EXPORT Chunk {
   ///                 or smallest value.
   /// @param numeric  Whether the chunk compares as a number.
   Chunk(const std::string& text, bool numeric);
+
+  /// The same for @p size bytes from @p text on.
   Chunk(const char* text, std::size_t size, bool numeric);
 
   /// Two numeric chunks compare by value, so that "007" and "7" tie; all
   /// others by their texts, byte by byte.
   bool operator<(const Chunk& other) const;
+
+  /// Whether the other one comes first.
   bool operator>(const Chunk& other) const;
 
+  /// Whether the chunk compares as a number.
   ORVO_EXPORT_INLINE bool numeric() const { return numeric_; }
+
+  /// The characters of the chunk.
   ORVO_EXPORT_INLINE const std::string& text() const { return text_; }
 
   /// The number, or 0 if the chunk is not numeric.
@@ -59,6 +66,7 @@ class ORVO_EXPORT Chunk {
 /// @endcode
 class ORVO_EXPORT NumericString {
  public:
+  /// Cuts the text once and for all.
   NumericString(const std::string& text);
 
   /// Whether this text comes first in natural order.
@@ -73,6 +81,8 @@ class ORVO_EXPORT NumericString {
 
   /// The text as given.
   ORVO_EXPORT_INLINE operator const std::string&() const { return text_; }
+
+  /// The text as given.
   ORVO_EXPORT_INLINE const std::string& text() const { return text_; }
 
   /// The text cut into runs of digits and of other characters, in turn.
@@ -123,6 +133,7 @@ class ORVO_EXPORT NumericStringCompare {
 /// Allocates nothing, and takes time in proportion to the texts.
 class ORVO_EXPORT NaturalLess {
  public:
+  /// Sorted containers are searched without making a key of the text.
   using is_transparent = void;
 
   /// Whether @p a comes before @p b.
@@ -134,7 +145,7 @@ class ORVO_EXPORT NaturalLess {
 /// Writes the text as given, with the width and fill of the stream.
 ///
 /// It is global, so code in a namespace with inserters of its own has to say
-/// `using ::operator<<;` first.
+/// "using ::operator<<;" first.
 ORVO_EXPORT std::ostream& operator<<(std::ostream& stream,
                                      const orvo::NumericString& text);
 

@@ -47,10 +47,13 @@ class ORVO_EXPORT LockingCodeReference {
   LockingCodeReference(const std::string& function, const std::string& file,
                        int line);
 
+  /// @{
+  /// A value as any other.
   LockingCodeReference(const LockingCodeReference& other);
   LockingCodeReference(LockingCodeReference&& other) noexcept;
   LockingCodeReference& operator=(const LockingCodeReference& other);
   LockingCodeReference& operator=(LockingCodeReference&& other) noexcept;
+  /// @}
   ~LockingCodeReference();
 
   /// Whether a function is named; file and line alone are no reference.

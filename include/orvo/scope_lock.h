@@ -167,6 +167,7 @@ class ORVO_EXPORT ORVO_SCOPED_LOCKABLE ScopeLockBase : public OrvoLock {
 /// @endcode
 class ORVO_EXPORT ORVO_SCOPED_LOCKABLE ScopeLock : public ScopeLockBase {
  public:
+  /// Takes the lock with lock().
   ORVO_EXPORT_INLINE explicit ScopeLock(OrvoLock& lock)
       ORVO_ACQUIRE(lock) ORVO_NO_THREAD_SAFETY_ANALYSIS : ScopeLockBase(lock) {
     AcquireOrRelease([this] { ScopeLock::Acquire(); });

@@ -61,10 +61,13 @@ class ORVO_EXPORT FrameParts {
   /// frame number that is no number counts as 0.
   explicit FrameParts(const std::string& line);
 
+  /// @{
+  /// A value as any other.
   FrameParts(const FrameParts& other);
   FrameParts(FrameParts&& other) noexcept;
   FrameParts& operator=(const FrameParts& other);
   FrameParts& operator=(FrameParts&& other) noexcept;
+  /// @}
   ~FrameParts();
 
   /// Whether the line had six or seven columns.
@@ -135,7 +138,7 @@ struct StackFrame {
 /// @endcode
 ///
 /// @param depth  As for GetStackTrace().
-/// @return       Empty if there are no frames .
+/// @return       Empty if there are no frames.
 ORVO_EXPORT std::vector<StackFrame> GetStackFrames(int depth);
 
 /// Prints the calling thread's stack through a CoutBuffer, in one piece: an

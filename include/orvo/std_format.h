@@ -13,7 +13,7 @@
 /// alignment, width, and precision, which cuts. The header declares nothing
 /// where the standard library has no std::format(), as the macro
 /// __cpp_lib_format tells (C++20, with libstdc++ from version 13 on). orvo.h
-/// leaves it out, because <format> takes long to compile; fmt_format.h serves
+/// leaves it out, because `<format>` takes long to compile; fmt_format.h serves
 /// the fmt library.
 
 #if __has_include(<version>)
@@ -32,6 +32,7 @@
 /// Formats UUID::uuid_string().
 template <>
 struct std::formatter<orvo::UUID> : std::formatter<std::string_view> {
+  /// Writes the text as the specification says.
   template <typename Context>
   auto format(const orvo::UUID& uuid, Context& context) const {
     return std::formatter<std::string_view>::format(uuid.uuid_string(),
@@ -43,6 +44,7 @@ struct std::formatter<orvo::UUID> : std::formatter<std::string_view> {
 /// "2026-11-15T21-19-56.123456789Z".
 template <>
 struct std::formatter<orvo::TimeValue> : std::formatter<std::string_view> {
+  /// Writes the text as the specification says.
   template <typename Context>
   auto format(const orvo::TimeValue& time, Context& context) const {
     return std::formatter<std::string_view>::format(time.GetAsIso8601Precise(9),
@@ -53,6 +55,7 @@ struct std::formatter<orvo::TimeValue> : std::formatter<std::string_view> {
 /// Formats midi::Note::GetName().
 template <>
 struct std::formatter<orvo::midi::Note> : std::formatter<std::string_view> {
+  /// Writes the text as the specification says.
   template <typename Context>
   auto format(const orvo::midi::Note& note, Context& context) const {
     return std::formatter<std::string_view>::format(note.GetName(), context);

@@ -16,11 +16,13 @@
 /// The analysis knows no recursive locks: where one function takes an RLock
 /// twice, exclude it with ORVO_NO_THREAD_SAFETY_ANALYSIS.
 
+/// @cond
 #ifdef __clang__
 #define ORVO_THREAD_ANNOTATION_(...) __attribute__((__VA_ARGS__))
 #else
 #define ORVO_THREAD_ANNOTATION_(...)
 #endif
+/// @endcond
 
 /// Marks a class of locks.
 #define ORVO_LOCKABLE ORVO_THREAD_ANNOTATION_(capability("mutex"))

@@ -41,8 +41,7 @@ namespace orvo {
 /// @code
 /// const orvo::TimeValue timeout(1.5);              // a number means seconds
 /// timeout == std::chrono::milliseconds(1500);      // true
-/// timeout.GetAsIso8601Precise(3);                  //
-/// "1970-01-01T00-00-01.500Z"
+/// timeout.GetAsIso8601Precise(3);  // "1970-01-01T00-00-01.500Z"
 /// @endcode
 class ORVO_EXPORT TimeValue {
  public:
@@ -52,6 +51,8 @@ class ORVO_EXPORT TimeValue {
   /// @name From a duration
   /// Any duration that counts whole nanoseconds in an integer will do.
   /// @{
+
+  /// As long as the duration, without loss.
   ORVO_EXPORT_INLINE constexpr TimeValue(
       const std::chrono::duration<long long>& seconds) noexcept
       : count_(Multiply_(seconds.count(), kSecond_)) {}
@@ -78,6 +79,8 @@ class ORVO_EXPORT TimeValue {
   /// Fractions are rounded to the nearest nanosecond, halves away from zero; a
   /// double tells instants of our days apart by 256 nanoseconds only.
   /// @{
+
+  /// This number of seconds.
   ORVO_EXPORT_INLINE constexpr TimeValue(double seconds) noexcept
       : count_(Saturate_(seconds * 1e9)) {}
   ORVO_EXPORT_INLINE constexpr TimeValue(float seconds) noexcept
@@ -216,6 +219,11 @@ class ORVO_EXPORT TimeValue {
     count_ = Wrap_(Unsigned_() + other.Unsigned_());
     return *this;
   }
+
+  /// @name Sums and differences
+  /// @{
+
+  /// Of the counts of nanoseconds.
   ORVO_EXPORT_INLINE constexpr TimeValue& operator+=(
       const TimeValue& other) noexcept {
     return AddOffset(other);
@@ -233,6 +241,7 @@ class ORVO_EXPORT TimeValue {
       const TimeValue& other) const noexcept {
     return TimeValue(*this) -= other;
   }
+  /// @}
 
   /// Kept on purpose: the sum, as operator+ gives it, and not a difference.
   ORVO_EXPORT_INLINE constexpr TimeValue GetOffset(
@@ -240,6 +249,10 @@ class ORVO_EXPORT TimeValue {
     return TimeValue(*this).AddOffset(other);
   }
 
+  /// @name Order
+  /// @{
+
+  /// That of the counts of nanoseconds.
   ORVO_EXPORT_INLINE constexpr bool operator==(
       const TimeValue& other) const noexcept {
     return count_ == other.count_;
@@ -264,6 +277,7 @@ class ORVO_EXPORT TimeValue {
       const TimeValue& other) const noexcept {
     return !(*this < other);
   }
+  /// @}
 
  private:
   static constexpr long long kSecond_ = 1000000000;
@@ -377,6 +391,7 @@ ORVO_EXPORT std::string GetNowIso8601();
 /// unordered containers.
 template <>
 struct std::hash<orvo::TimeValue> {
+  /// The hash of the count of nanoseconds.
   ORVO_EXPORT_INLINE std::size_t operator()(
       const orvo::TimeValue& time) const noexcept {
     return std::hash<long long>()(time.GetAsDuration().count());
