@@ -1,4 +1,5 @@
-// Counts lines, words and bytes of files, a thread for each file.
+// Counts lines, words and bytes of files, a thread for each file; with -v, the
+// threads say what they are about.
 #include <cctype>
 #include <cerrno>
 #include <cstdlib>
@@ -24,6 +25,7 @@ struct Counts {
 };
 
 struct Totals {
+  bool verbose = false;  // set before there are threads
   orvo::Lock lock{"totals"};
   Counts counts;        // guarded by lock
   bool failed = false;  // guarded by lock
@@ -58,10 +60,11 @@ Counts CountFile(const std::string& path) {
 void CountInThread(const std::string& path, std::optional<Counts>* counts,
                    Totals* totals) {
   const std::string what = "count " + path;
-  orvo::LogAttempt(__FILE__, __LINE__, what);
+  orvo::LogFilter(orvo::LogAttempt, __FILE__, __LINE__, what, totals->verbose);
   try {
     *counts = CountFile(path);
-    orvo::LogSuccess(__FILE__, __LINE__, what);
+    orvo::LogFilter(orvo::LogSuccess, __FILE__, __LINE__, what,
+                    totals->verbose);
     const std::lock_guard<orvo::Lock> guard(totals->lock);
     totals->counts.lines += (*counts)->lines;
     totals->counts.words += (*counts)->words;
@@ -83,13 +86,15 @@ void PrintRow(const Counts& counts, const std::string& name) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 2) {
-    std::cerr << "usage: word_count FILE...\n";
+  const bool verbose = argc > 1 && argv[1] == std::string("-v");
+  const std::vector<std::string> paths(argv + (verbose ? 2 : 1), argv + argc);
+  if (paths.empty()) {
+    std::cerr << "usage: word_count [-v] FILE...\n";
     return 2;
   }
-  const std::vector<std::string> paths(argv + 1, argv + argc);
   std::vector<std::optional<Counts>> counts(paths.size());
   Totals totals;
+  totals.verbose = verbose;
 
   std::vector<std::thread> threads;
   for (std::size_t i = 0; i < paths.size(); ++i) {

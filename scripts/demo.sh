@@ -1,39 +1,46 @@
 #!/bin/sh
-# Builds the library and runs its examples on the project's own files.
+# Shows what the library is good for: runs its examples on the project's own
+# files. "demo.sh FOLDER" takes the examples from a folder and builds nothing.
 set -eu
 . "$(dirname "$0")/lib.sh"
 
-need_build_tools
-say "Building the library and its examples"
-build release
-PATH=$project/build/release/examples:$PATH
+if [ $# -eq 0 ]; then
+  need_build_tools
+  say "Building the library and its examples"
+  build release
+fi
+examples=${1:-build/release/examples}
+mkdir -p build
+PATH=$(cd "$examples" && pwd):$PATH
 
-say "word_count FILE...: a thread for each file, totals under a lock"
-word_count README.md CHANGELOG.md src/lock.cpp src/path.cpp
+# step TITLE COMMAND: shows a command and what it prints.
+number=0
+step() {
+  number=$((number + 1))
+  output=$(eval "$2") || fail "failed: $2"
+  printf '\n%2d  %s\n\n    $ %s\n' "$number" "$1" "$2"
+  printf '%s\n' "$output" | sed 's/./    &/'
+}
 
-say "natural_sort [FILE]: file9 before file10"
-ls tests/data/id3 | natural_sort
+echo "Each command below is one of the programs in $examples:"
 
-say "wrap WIDTH [INDENT] [FILE]: a text in paragraphs"
-sed -n 3,5p README.md | tr '\n' ' ' | sed 's/ *$/\n/' | wrap 64 4
-
-say "stamp [SECONDS]: a time in every form"
-stamp
-
-say "id3_comment FILE...: the comments of audio files"
-id3_comment tests/data/id3/*.mp3 tests/data/id3/*.aac
-
-say "note_table: MIDI notes and their names (around middle C)"
-note_table | sed -n 59,63p
-
-say "uuid_convert TEXT|-: an identifier in its three forms"
-uuid_convert 12345678-9ABC-DEF0-0123-456789ABCDEF
-
-say "tree_digest FOLDER: files digested by several threads, in natural order"
-tree_digest src/internal build/tree_digest.log
-
-say "job_queue N: jobs through a lock and a condition"
-job_queue 25 build/job_queue.log
-
-say "lock_doctor: five accidents with locks, and what the library says"
-lock_doctor
+step "Count words, with a thread for each file and totals under a lock" \
+  "word_count README.md CHANGELOG.md src/lock.cpp src/path.cpp"
+step "Digest files in four threads; the lines come in order all the same" \
+  "tree_digest src/internal build/tree_digest.log"
+step "Sort as people do, 9 before 10: the same files by their size" \
+  "wc -c src/internal/*.h | sed '\$d; s/^ *//' | natural_sort"
+step "Wrap a sentence of the licence to the width of a column" \
+  "sed -n 12,13p LICENSE | wrap 40"
+step "Read the comments of audio files" \
+  "(cd tests/data/id3 && id3_comment tika-testMP3id3v2.mp3 mp3agic-v23tagwithbpm.mp3)"
+step "Stamp a moment: for a file name, for a log, exact, and for people" \
+  "stamp | sed -n '9,12p;14p'"
+step "Name the notes around middle C" \
+  "note_table | sed -n 59,63p"
+step "Convert a UUID between its three forms" \
+  "uuid_convert 12345678-9ABC-DEF0-0123-456789ABCDEF"
+step "Run jobs through a lock and a condition; what fails is logged" \
+  "job_queue 15 build/job_queue.log && tail -n 1 build/job_queue.log"
+step "Five accidents with locks, as the library reports them" \
+  "lock_doctor"

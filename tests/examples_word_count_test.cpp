@@ -35,11 +35,11 @@ TEST(WordCount, PrintsATableOfAllFiles) {
                        "        2         4          20  total\n"));
 }
 
-TEST(WordCount, LogsEachAttemptAndSuccess) {
+TEST(WordCount, LogsEachAttemptAndSuccessIfAsked) {
   const TemporaryFolder folder;
   WriteFile(folder / "a", "x");
   const ProgramResult result =
-      RunProgram({ExamplePath("word_count"), folder / "a"});
+      RunProgram({ExamplePath("word_count"), "-v", folder / "a"});
   EXPECT_THAT(result.output,
               testing::MatchesRegex(
                   "\\[DEBUG\\] examples/word_count.cpp line [0-9]+: Count " +
@@ -77,7 +77,7 @@ TEST(WordCount, ExplainsItsUse) {
   const ProgramResult result = RunProgram({ExamplePath("word_count")});
   EXPECT_EQ(result.exit_status, 2);
   EXPECT_EQ(result.output, "");
-  EXPECT_EQ(result.errors, "usage: word_count FILE...\n");
+  EXPECT_EQ(result.errors, "usage: word_count [-v] FILE...\n");
 }
 
 }  // namespace

@@ -14,3 +14,9 @@ extern "C" int vsnprintf(char* buffer, std::size_t size, const char* format,
                          va_list arguments) noexcept {
   return orvo_test::vsnprintf_calls(buffer, size, format, arguments);
 }
+
+// What the library calls where its own build is fortified.
+extern "C" int __vsnprintf_chk(char* buffer, std::size_t size, int, std::size_t,
+                               const char* format, va_list arguments) noexcept {
+  return orvo_test::vsnprintf_calls(buffer, size, format, arguments);
+}
