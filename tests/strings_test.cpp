@@ -735,17 +735,20 @@ TEST(JoinString, MendsWhatSplitStringCut) {
 
 // Items of many lengths, around those that a fast path copies as a block.
 TEST(JoinString, JoinsItemsOfEveryLength) {
+  const std::size_t sizes[] = {0,  1,  2,  3,  4,  7,  8,  9,  15,
+                               16, 17, 31, 32, 33, 63, 64, 65, 100};
+  std::string letters;
+  for (int i = 0; i < 100; ++i) letters += static_cast<char>('!' + i % 94);
   for (std::size_t separator_size = 0; separator_size < 20; ++separator_size) {
-    const std::string separator(separator_size, '-');
-    Texts items;
-    std::string expected;
-    for (std::size_t size = 0; size < 70; ++size) {
-      if (size != 0) expected += separator;
-      const std::string item(size % 35, static_cast<char>('a' + size % 26));
-      expected += item;
-      items.push_back(item);
+    const std::string separator = letters.substr(0, separator_size);
+    for (const std::size_t a_size : sizes) {
+      for (const std::size_t b_size : sizes) {
+        const std::string first = letters.substr(0, a_size);
+        const std::string last = letters.substr(letters.size() - b_size);
+        ASSERT_EQ(orvo::JoinString({first, last}, separator),
+                  first + separator + last);
+      }
     }
-    ASSERT_EQ(orvo::JoinString(items, separator), expected);
   }
 }
 

@@ -6,6 +6,7 @@ survives is a branch that no test needs, unless survivors.txt explains it.
 """
 
 import argparse
+import collections
 import concurrent.futures
 import json
 import os
@@ -48,6 +49,10 @@ class Mutant:
     def __init__(self, jump, kind, code):
         self.jump, self.kind, self.code = jump, kind, code
 
+    def is_explained(self, explanations):
+        key = f"{self.jump.source}: {self.jump.text}"
+        return key in explanations or f"{key} ({self.kind})" in explanations
+
     def __str__(self):
         jump = self.jump
         return f"{jump.source}:{jump.line} {self.kind} at {jump.offset:#x}: {jump.text}"
@@ -58,7 +63,7 @@ class Test:
         self.name = entry["name"]
         self.command = entry["command"]
         self.seconds = 0.0
-        self.kills = 0
+        self.kills = collections.Counter()  # by source
 
 
 def text_section(library):
@@ -109,16 +114,17 @@ def limit_resources():
 
 
 def passes(test, folder, seconds, output=subprocess.DEVNULL):
-    """Runs a test against the library in the folder."""
+    """Whether a test accepts the library in the folder; None if it takes too
+    long to tell."""
     environment = dict(os.environ, LD_LIBRARY_PATH=str(folder), TMPDIR=str(folder / "tmp"),
                        GTEST_FAIL_FAST="1", GTEST_BRIEF="1")
     process = subprocess.Popen(test.command, cwd=folder / "work", env=environment,
-                               stdin=subprocess.DEVNULL, stdout=output, stderr=output, start_new_session=True,
-                               preexec_fn=limit_resources)
+                               stdin=subprocess.DEVNULL, stdout=output, stderr=output,
+                               start_new_session=True, preexec_fn=limit_resources)
     try:
         return process.wait(seconds) == 0
     except subprocess.TimeoutExpired:
-        return False
+        return None
     finally:
         # What a test has started may outlive it.
         try:
@@ -140,13 +146,15 @@ def stem(path):
 
 
 def order(tests, source):
-    """The tests of the source first, then what has killed most so far."""
-    return sorted(tests, key=lambda test: (not test.name.startswith(stem(source)),
-                                           -test.kills, test.seconds))
+    """What has killed most in the source so far, then the tests named after it,
+    then the others, the quickest first."""
+    return sorted(tests, key=lambda test: (-test.kills[source],
+                                           not test.name.startswith(stem(source)),
+                                           test.seconds))
 
 
 def killer(mutant, image, tests, folder):
-    """The test that notices the mutant, or None."""
+    """The test that notices the mutant and how it does; None if none does."""
     changed = bytearray(image)
     offset = mutant.jump.offset
     changed[offset:offset + len(mutant.code)] = mutant.code
@@ -156,37 +164,49 @@ def killer(mutant, image, tests, folder):
     library.write_bytes(changed)
     make_folders(folder)
     for test in order(tests, mutant.jump.source):
-        if not passes(test, folder, 5 + 10 * test.seconds):
-            test.kills += 1
-            return test.name
+        passed = passes(test, folder, 5 + 10 * test.seconds)
+        if not passed:
+            test.kills[mutant.jump.source] += 1
+            return test.name, "fails" if passed is False else "takes too long"
     return None
 
 
 def read_explained(path):
-    """Lines of the form "FILE: SOURCE LINE" below a comment that says why."""
+    """Lines of the form "FILE: SOURCE LINE", with " (flipped)" or " (removed)"
+    behind it if that is true of one kind of mutant only, below a comment that
+    says why."""
     rows = path.read_text().split("\n")
     return {row for row in rows if row and not row.startswith("#")}
 
 
-def main():
+def read_options():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("library", type=pathlib.Path)
     parser.add_argument("tests", help="build tree with the tests")
+    parser.add_argument("--root", type=pathlib.Path, help="folder that holds src/",
+                        default=pathlib.Path(__file__).resolve().parents[2])
+    parser.add_argument("--explained", type=pathlib.Path,
+                        default=pathlib.Path(__file__).with_name("survivors.txt"))
     parser.add_argument("--sample", type=int, help="number of mutants to draw")
-    parser.add_argument("--source", help="only the jumps of this source")
     parser.add_argument("--seed", type=int, default=1)
+    parser.add_argument("--source", help="only the jumps of this source")
     parser.add_argument("--least", type=float, default=98.0, help="per cent to kill")
-    options = parser.parse_args()
+    parser.add_argument("--verbose", action="store_true", help="say what kills each mutant")
+    return parser.parse_args()
 
-    root = pathlib.Path(__file__).resolve().parents[2]
-    image = options.library.read_bytes()
-    mutants = [mutant for jump in find_jumps(options.library, root)
+
+def choose_mutants(options):
+    mutants = [mutant for jump in find_jumps(options.library, options.root.resolve())
                for mutant in jump.mutants()
                if options.source in (None, jump.source)]
     if options.sample:
         random.seed(options.seed)
         mutants = random.sample(mutants, min(options.sample, len(mutants)))
+    return mutants
 
+
+def find_killers(mutants, image, tests):
+    """For each mutant in turn what killer() returns."""
     with tempfile.TemporaryDirectory() as name:
         os.chmod(name, 0o755)  # some tests give up the rights of root
         folders = queue.SimpleQueue()
@@ -196,7 +216,6 @@ def main():
             (folder / "liborvo.so.1").write_bytes(image)
             folders.put(folder)
 
-        tests = find_tests(options.tests)
         for test in tests:
             start = time.monotonic()
             if not passes(test, folder, 600, None):
@@ -211,20 +230,38 @@ def main():
                 folders.put(folder)
 
         with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-            killers = list(pool.map(judge, mutants))
+            return list(pool.map(judge, mutants))
 
-    explained = read_explained(root / "tests/mutation/survivors.txt")
-    survivors = [mutant for mutant, name in zip(mutants, killers) if not name]
-    unexplained = [mutant for mutant in survivors
-                   if f"{mutant.jump.source}: {mutant.jump.text}" not in explained]
-    for mutant in survivors:
-        note = "" if mutant in unexplained else " (explained)"
-        print(f"survived{note}: {mutant}")
-    killed = len(mutants) - len(survivors)
-    share = 100 * killed / max(len(mutants), 1)
-    print(f"{killed} of {len(mutants)} mutants killed ({share:.1f} %), "
-          f"{len(unexplained)} survivors without an explanation")
-    sys.exit(share < options.least or bool(unexplained))
+
+def report(mutants, killers, explanations, options):
+    """Lists the survivors and the figures; says whether these suffice."""
+    unexplained, explained, slow = 0, 0, 0
+    for mutant, found in zip(mutants, killers):
+        if not found and mutant.is_explained(explanations):
+            explained += 1
+            if options.verbose:
+                print(f"survived, explained: {mutant}")
+        elif not found:
+            unexplained += 1
+            print(f"survived: {mutant}")
+        else:
+            slow += found[1] != "fails"
+            if options.verbose or found[1] != "fails":
+                print(f"{found[0]} {found[1]}: {mutant}")
+    killed = len(mutants) - unexplained - explained
+    score = 100 * killed / max(killed + unexplained, 1)
+    raw = 100 * killed / max(len(mutants), 1)
+    print(f"{killed} of {len(mutants)} mutants killed, {slow} of them by the clock; "
+          f"{explained} survivors are explained, {unexplained} are not: "
+          f"{score:.1f} % ({raw:.1f} % of all)")
+    return killed > 0 and score >= options.least
+
+
+def main():
+    options = read_options()
+    mutants = choose_mutants(options)
+    killers = find_killers(mutants, options.library.read_bytes(), find_tests(options.tests))
+    sys.exit(not report(mutants, killers, read_explained(options.explained), options))
 
 
 if __name__ == "__main__":
