@@ -430,11 +430,50 @@ void ExpectToReadLikeAStream(const std::string& text) {
   ASSERT_EQ(value, expected) << text;
 }
 
+void ExpectAllTypesToReadLikeAStream(const std::string& text) {
+  ExpectToReadLikeAStream<short>(text);
+  ExpectToReadLikeAStream<unsigned short>(text);
+  ExpectToReadLikeAStream<int>(text);
+  ExpectToReadLikeAStream<unsigned>(text);
+  ExpectToReadLikeAStream<long>(text);
+  ExpectToReadLikeAStream<unsigned long>(text);
+  ExpectToReadLikeAStream<long long>(text);
+  ExpectToReadLikeAStream<unsigned long long>(text);
+}
+
 TEST(StringToNumber, ReadsAllShortTextsLikeAStream) {
   ForEachText("+-09x. \t", 5, ExpectToReadLikeAStream<int>);
   ForEachText("+-09x. \t", 4, ExpectToReadLikeAStream<unsigned short>);
   ForEachText("+-09x. \t", 4, ExpectToReadLikeAStream<long long>);
   ForEachText("+-09x. \t", 4, ExpectToReadLikeAStream<double>);
+  ForEachText("+-9x. ", 3, ExpectAllTypesToReadLikeAStream);
+}
+
+TEST(StringToNumber, ReadsTextsAroundTheLimitsLikeAStream) {
+  for (const char* const digits : {"32767",
+                                   "32768",
+                                   "32769",
+                                   "65535",
+                                   "65536",
+                                   "65537",
+                                   "2147483647",
+                                   "2147483648",
+                                   "2147483649",
+                                   "4294967295",
+                                   "4294967296",
+                                   "4294967297",
+                                   "9223372036854775807",
+                                   "9223372036854775808",
+                                   "9223372036854775809",
+                                   "18446744073709551615",
+                                   "18446744073709551616",
+                                   "18446744073709551617",
+                                   "36893488147419103233",
+                                   "184467440737095516160"}) {
+    for (const char* const sign : {"", "+", "-"}) {
+      ExpectAllTypesToReadLikeAStream(sign + std::string(digits));
+    }
+  }
 }
 
 TEST(StringToNumber, ReadsRandomNumbersLikeAStream) {
@@ -449,14 +488,7 @@ TEST(StringToNumber, ReadsRandomNumbersLikeAStream) {
       text += static_cast<char>('0' + random() % 10);
     }
     if (random() % 4 == 0) text += ". x\n"[random() % 4];
-    ExpectToReadLikeAStream<short>(text);
-    ExpectToReadLikeAStream<unsigned short>(text);
-    ExpectToReadLikeAStream<int>(text);
-    ExpectToReadLikeAStream<unsigned>(text);
-    ExpectToReadLikeAStream<long>(text);
-    ExpectToReadLikeAStream<unsigned long>(text);
-    ExpectToReadLikeAStream<long long>(text);
-    ExpectToReadLikeAStream<unsigned long long>(text);
+    ExpectAllTypesToReadLikeAStream(text);
   }
 }
 

@@ -78,10 +78,14 @@ def find_jumps(library, root):
     """The conditional jumps that the project's own sources were compiled to."""
     shift = text_section(library)
     lines = {}
-    source, number, jumps = None, 0, []
+    source, number, jumps, is_written = None, 0, [], False
     with subprocess.Popen(["objdump", "-dlw", "-j", ".text", library],
                           stdout=subprocess.PIPE, text=True) as listing:
         for row in listing.stdout:
+            function = re.match(r"\w+ <(.*)>:$", row)
+            if function:
+                # No source has the jumps that start the globals of a file.
+                is_written = "__static_initialization_and_destruction" not in function[1]
             place = re.match(r"(/.*):(\d+)(?: \(discriminator \d+\))?$", row)
             if place:
                 path = pathlib.Path(os.path.normpath(place[1]))
@@ -89,7 +93,7 @@ def find_jumps(library, root):
                 number = int(place[2])
                 continue
             code = re.match(r"\s+(\w+):\s((?:[0-9a-f]{2} )+)\s*(j\w+)\s", row)
-            if not source or not code or code[3].startswith("jmp"):
+            if not is_written or not source or not code or code[3].startswith("jmp"):
                 continue
             if source not in lines:
                 lines[source] = source.read_text().split("\n")
@@ -100,11 +104,11 @@ def find_jumps(library, root):
     return jumps
 
 
-def find_tests(build):
+def find_tests(build, only):
     listing = subprocess.run(["ctest", "--test-dir", build, "--show-only=json-v1"],
                              check=True, capture_output=True, text=True).stdout
     return [Test(entry) for entry in json.loads(listing)["tests"]
-            if not NOT_BEHAVIOUR.match(entry["name"])]
+            if not NOT_BEHAVIOUR.match(entry["name"]) and re.match(only, entry["name"])]
 
 
 def limit_resources():
@@ -190,6 +194,7 @@ def read_options():
     parser.add_argument("--sample", type=int, help="number of mutants to draw")
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--source", help="only the jumps of this source")
+    parser.add_argument("--only", default="", help="only the tests of names like this")
     parser.add_argument("--least", type=float, default=98.0, help="per cent to kill")
     parser.add_argument("--verbose", action="store_true", help="say what kills each mutant")
     return parser.parse_args()
@@ -206,7 +211,7 @@ def choose_mutants(options):
 
 
 def find_killers(mutants, image, tests):
-    """For each mutant in turn what killer() returns."""
+    """Yields what killer() returns for each mutant in turn."""
     with tempfile.TemporaryDirectory() as name:
         os.chmod(name, 0o755)  # some tests give up the rights of root
         folders = queue.SimpleQueue()
@@ -230,7 +235,7 @@ def find_killers(mutants, image, tests):
                 folders.put(folder)
 
         with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-            return list(pool.map(judge, mutants))
+            yield from pool.map(judge, mutants)
 
 
 def report(mutants, killers, explanations, options):
@@ -240,14 +245,14 @@ def report(mutants, killers, explanations, options):
         if not found and mutant.is_explained(explanations):
             explained += 1
             if options.verbose:
-                print(f"survived, explained: {mutant}")
+                print(f"survived, explained: {mutant}", flush=True)
         elif not found:
             unexplained += 1
-            print(f"survived: {mutant}")
+            print(f"survived: {mutant}", flush=True)
         else:
             slow += found[1] != "fails"
             if options.verbose or found[1] != "fails":
-                print(f"{found[0]} {found[1]}: {mutant}")
+                print(f"{found[0]} {found[1]}: {mutant}", flush=True)
     killed = len(mutants) - unexplained - explained
     score = 100 * killed / max(killed + unexplained, 1)
     raw = 100 * killed / max(len(mutants), 1)
@@ -260,7 +265,8 @@ def report(mutants, killers, explanations, options):
 def main():
     options = read_options()
     mutants = choose_mutants(options)
-    killers = find_killers(mutants, options.library.read_bytes(), find_tests(options.tests))
+    tests = find_tests(options.tests, options.only)
+    killers = find_killers(mutants, options.library.read_bytes(), tests)
     sys.exit(not report(mutants, killers, read_explained(options.explained), options))
 
 
