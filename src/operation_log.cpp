@@ -10,6 +10,7 @@ namespace orvo {
 namespace {
 
 std::string Sentence(std::string text) {
+  if (text.empty()) return "Executing.";
   text.front() = internal::ToUpper(text.front());
   return text += '.';
 }
@@ -35,9 +36,8 @@ class DebugLine {
 
 void LogAttempt(const char* file, unsigned int line, const std::string& what) {
   DebugLine debug_line;
-  const std::string description = what.empty() ? "Executing." : Sentence(what);
   debug_line.End(
-      orvo::format("%s line %d: %s", file, line, description.c_str()));
+      orvo::format("%s line %d: %s", file, line, Sentence(what).c_str()));
 }
 
 void LogSuccess(const char* file, unsigned int line, const std::string& what) {

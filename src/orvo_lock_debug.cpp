@@ -245,14 +245,14 @@ LockingCodeReference DebugLockImpl_::GetPendingReference(
 
 std::string DebugLockImpl_::Describe() const {
   const BooksGuard guard(books_mutex_);
-  const std::string lock = "Lock " + InOneLine(name_);
+  std::string text = "Lock " + InOneLine(name_);
   const std::thread::id owner = owner_;
-  if (owner == std::thread::id()) return lock + " is free.";
+  if (owner == std::thread::id()) return text += " is free.";
+  text += " is held by " + InOneLine(GetOwnerName()) + ", depth " +
+          std::to_string(GetDepth());
   const std::string place = GetPendingReference(owner).GetAsString();
-  return lock + " is held by " + InOneLine(GetOwnerName()) + ", depth " +
-         std::to_string(GetDepth()) +
-         (place.empty() ? "."
-                        : ", last announced from " + InOneLine(place) + ".");
+  if (!place.empty()) text += ", last announced from " + InOneLine(place);
+  return text += '.';
 }
 
 DebugRLockImpl_::DebugRLockImpl_(const std::string& name)

@@ -296,7 +296,8 @@ struct SystemTrace {
 
 std::string Demangle(const std::string& name) {
   const SystemText demangled = AskForDemangled(name.c_str());
-  return demangled ? demangled.get() : name;
+  if (demangled == nullptr) return name;
+  return demangled.get();
 }
 
 FrameParts::FrameParts(const std::string& line) {
@@ -364,7 +365,7 @@ __attribute__((noinline)) std::list<std::string> GetStackTrace(int depth) {
   // The report names this line of this source, wherever it stands.
 #line 185
   assert(positionOfName < 140);
-#line 368
+#line 369
   if (next < trace.count) return {lines + 1, lines + trace.count};
   return table.Format();
 }

@@ -18,7 +18,8 @@ std::string ThreadNames::GetNameOfCurrentThread() const {
 std::string ThreadNames::GetThreadName(const std::thread::id& id) const {
   const std::lock_guard<std::mutex> guard(mutex_);
   const auto entry = names_.find(id);
-  return entry == names_.end() ? "Unnamed thread" : entry->second;
+  if (entry == names_.end()) return "Unnamed thread";
+  return entry->second;
 }
 
 ThreadNames threadNames;

@@ -101,7 +101,7 @@ ScopedCoutCapture::~ScopedCoutCapture() {
   // Nobody may be left with the buffer, in whatever order things end.
   if (thread_safe_cout.saved_buffer_ == &buffer_) {
     thread_safe_cout.saved_buffer_ = former_.buffer;
-  } else if (inner != nullptr && inner->former_.buffer == &buffer_) {
+  } else if (inner != nullptr) {
     inner->former_ = former_;
   } else {
     GiveBack_();
@@ -113,7 +113,7 @@ void ScopedCoutCapture::GiveBack_() const {
   try {
     stream.rdbuf(former_.buffer);
     stream.clear(former_.state);
-  } catch (const std::ios_base::failure&) {
+  } catch (...) {
     // The stream has its state back, and this is no time to complain about it.
   }
 }

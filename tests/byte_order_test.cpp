@@ -220,8 +220,11 @@ void ExpectAsFromStream(const std::string& text) {
   ASSERT_EQ(HexStringToNumber<std::uint32_t>(text),
             ExtractFromStream<std::uint32_t>(text))
       << '"' << text << '"';
-  ASSERT_EQ(HexStringToNumber<std::uint64_t>(text),
-            ExtractFromStream<std::uint64_t>(text))
+  ASSERT_EQ(HexStringToNumber<unsigned long>(text),
+            ExtractFromStream<unsigned long>(text))
+      << '"' << text << '"';
+  ASSERT_EQ(HexStringToNumber<unsigned long long>(text),
+            ExtractFromStream<unsigned long long>(text))
       << '"' << text << '"';
 }
 
@@ -242,6 +245,17 @@ TEST(HexStringToNumber, ReadsEveryShortTextAsAStreamDoes) {
     const std::string text(1, static_cast<char>(byte));
     ASSERT_NO_FATAL_FAILURE(ExpectAsFromStream(text));
     ASSERT_NO_FATAL_FAILURE(ExpectAsFromStream("1" + text + "2"));
+  }
+}
+
+TEST(HexStringToNumber, ReadsTextsAroundTheLimitsAsAStreamDoes) {
+  for (const char* const digits :
+       {"ffff", "10000", "10001", "ffffffff", "100000000", "100000001",
+        "ffffffffffffffff", "10000000000000000", "10000000000000001",
+        "20000000000000003", "00000000000000001", "fffffffffffffffff"}) {
+    for (const char* const sign : {"", "+", "-", "0x", "-0x", "0x-"}) {
+      ExpectAsFromStream(sign + std::string(digits));
+    }
   }
 }
 

@@ -130,6 +130,12 @@ TEST(InspectionOfARecursiveLock, CountsAlsoThroughItsBase) {
   }
 }
 
+TEST(InspectionOfARecursiveLock, FindsNoDepthWithoutACountOfTheOwner) {
+  orvo::DebugRLockImpl_ lock("tree");
+  lock.DebugLockImpl_::SetOwner(std::this_thread::get_id());
+  EXPECT_EQ(lock.GetDepth(), 0);
+}
+
 template <typename LockType>
 class DebugHandle : public testing::Test {
  protected:
@@ -411,6 +417,17 @@ TYPED_TEST(DebugHandleInAWait, IsNotWaitedForBehindAReleasedScopeLock) {
   scope.unlock();
   EXPECT_THROW(this->condition_.WaitWhileLocked(scope), std::logic_error);
   this->ExpectFree();
+}
+
+TEST(DebugLock, IsGivenBackByTheEndOfAnAnnouncedWait) {
+  orvo::DebugLock lock("orders");
+  lock.lock();
+  lock.SetWaitWillUnlock(true, "a.cpp", 1);
+  lock.SetOwner(nobody);
+  EXPECT_EQ(lock.GetDepth(), 0);
+  lock.SetWaitWillUnlock(false, "a.cpp", 2);
+  EXPECT_EQ(lock.GetOwner(), std::this_thread::get_id());
+  lock.unlock();
 }
 
 TEST(DebugLock, RefusesAPlainWaitOfItsHolder) {

@@ -154,6 +154,20 @@ TEST(COMMFrame, IsMovable) {
   EXPECT_EQ(frame.text, "second");
 }
 
+TEST(COMMFrame, IsCopied) {
+  std::istringstream stream(Id3Comment("a", "first") +
+                            Id3Comment("b", "second"));
+  const orvo::COMMFrame first(stream);
+  orvo::COMMFrame copy(first);
+  EXPECT_EQ(copy.text, "first");
+  EXPECT_EQ(copy.header.size(), first.header.size());
+  const orvo::COMMFrame second(stream);
+  copy = second;
+  EXPECT_EQ(copy.description, "b");
+  const orvo::COMMFrame moved(std::move(copy));
+  EXPECT_EQ(moved.text, "second");
+}
+
 TEST(COMMFrame, RejectsAndSkipsAnotherFrame) {
   std::istringstream stream(Id3Frame("TIT2", "title") + "rest");
   EXPECT_THAT([&] { orvo::COMMFrame{stream}; },

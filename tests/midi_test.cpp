@@ -404,7 +404,7 @@ TEST(ParseNote, RejectsTextsThatAreNoName) {
   EXPECT_EQ(Parsed(std::string_view("C3\0", 3)), -1);
   for (const char* name :
        {"", "c3", "H3", "3", "#3", " C3", "C##3", "Cb#3", "Cbbb3", "Cxx3",
-        "CB3", "C3b", "C--1", "C3C3", "Cq", "\xc4"}) {
+        "CB3", "C3b", "C-x", "C--1", "C3C3", "Cq", "\xc4"}) {
     EXPECT_EQ(Parsed(name), -1) << name;
   }
 }

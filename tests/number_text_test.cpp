@@ -73,6 +73,18 @@ TEST(ReadNumber, StopsAtTheLimits) {
             18446744073709551615u);
 }
 
+// Beyond 64 bits a number begins again at small ones.
+TEST(ReadNumber, KnowsANumberBeyond64BitsFromASmallOne) {
+  EXPECT_EQ((Read<16, std::uint16_t>("10000000000000001")), 65535);
+  EXPECT_EQ((Read<16, std::uint32_t>("10000000000000001")), 4294967295u);
+  EXPECT_EQ((Read<16, unsigned long>("10000000000000001")),
+            18446744073709551615u);
+  EXPECT_EQ((Read<16, unsigned long long>("10000000000000001")),
+            18446744073709551615u);
+  EXPECT_EQ((Read<16, int>("10000000000000001")), 2147483647);
+  EXPECT_EQ((Read<16, int>("00000000000000001")), 1);
+}
+
 TEST(ReadNumber, NegatesUnsignedNumbers) {
   EXPECT_EQ((Read<16, std::uint16_t>("-1")), 65535);
   EXPECT_EQ((Read<16, std::uint32_t>("-ff")), 4294967041u);

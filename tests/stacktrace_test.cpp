@@ -176,6 +176,20 @@ TEST(FrameParts, KeepsEveryTextButTheFirstAndTheSymbol) {
   EXPECT_EQ(parts.GetOffset(), "i");
 }
 
+TEST(FrameParts, IsCopiedAndMoved) {
+  const FrameParts parts("1 shop 0x1 main + 7");
+  FrameParts copy(parts);
+  EXPECT_EQ(copy.GetSymbol(), "main");
+  const FrameParts moved(std::move(copy));
+  EXPECT_EQ(moved.GetImage(), "shop");
+  FrameParts assigned("2 till 0x2 pay + 8");
+  assigned = parts;
+  EXPECT_EQ(assigned.GetImage(), "shop");
+  assigned = FrameParts("2 till 0x2 pay + 8");
+  EXPECT_EQ(assigned.GetImage(), "till");
+  EXPECT_TRUE(assigned.GetSuccess());
+}
+
 TEST(FrameParts, CountsFramesFromTheOneBeforeTheSystems) {
   const struct {
     const char* token;
@@ -509,6 +523,7 @@ TEST(GetStackTrace, LeavesLinesOfOtherShapesAsTheyAre) {
            "(main+0x5) [0x5]",
            "/bin/(main+0x5) [0x5]",
            "shop(shop.(*T).m+0x5) [0x5]",
+           "shop(operator new+0x5) [0x5]",
        }) {
     SCOPED_TRACE(line);
     const StdoutCapture output;

@@ -442,11 +442,50 @@ void ExpectToReadLikeAStream(const std::string& text) {
   ASSERT_EQ(value, expected) << text;
 }
 
+void ExpectAllTypesToReadLikeAStream(const std::string& text) {
+  ExpectToReadLikeAStream<short>(text);
+  ExpectToReadLikeAStream<unsigned short>(text);
+  ExpectToReadLikeAStream<int>(text);
+  ExpectToReadLikeAStream<unsigned>(text);
+  ExpectToReadLikeAStream<long>(text);
+  ExpectToReadLikeAStream<unsigned long>(text);
+  ExpectToReadLikeAStream<long long>(text);
+  ExpectToReadLikeAStream<unsigned long long>(text);
+}
+
 TEST(StringToNumber, ReadsAllShortTextsLikeAStream) {
   ForEachText("+-09x. \t", 5, ExpectToReadLikeAStream<int>);
   ForEachText("+-09x. \t", 4, ExpectToReadLikeAStream<unsigned short>);
   ForEachText("+-09x. \t", 4, ExpectToReadLikeAStream<long long>);
   ForEachText("+-09x. \t", 4, ExpectToReadLikeAStream<double>);
+  ForEachText("+-9x. ", 3, ExpectAllTypesToReadLikeAStream);
+}
+
+TEST(StringToNumber, ReadsTextsAroundTheLimitsLikeAStream) {
+  for (const char* const digits : {"32767",
+                                   "32768",
+                                   "32769",
+                                   "65535",
+                                   "65536",
+                                   "65537",
+                                   "2147483647",
+                                   "2147483648",
+                                   "2147483649",
+                                   "4294967295",
+                                   "4294967296",
+                                   "4294967297",
+                                   "9223372036854775807",
+                                   "9223372036854775808",
+                                   "9223372036854775809",
+                                   "18446744073709551615",
+                                   "18446744073709551616",
+                                   "18446744073709551617",
+                                   "36893488147419103233",
+                                   "184467440737095516160"}) {
+    for (const char* const sign : {"", "+", "-"}) {
+      ExpectAllTypesToReadLikeAStream(sign + std::string(digits));
+    }
+  }
 }
 
 TEST(StringToNumber, ReadsRandomNumbersLikeAStream) {
@@ -461,14 +500,7 @@ TEST(StringToNumber, ReadsRandomNumbersLikeAStream) {
       text += static_cast<char>('0' + random() % 10);
     }
     if (random() % 4 == 0) text += ". x\n"[random() % 4];
-    ExpectToReadLikeAStream<short>(text);
-    ExpectToReadLikeAStream<unsigned short>(text);
-    ExpectToReadLikeAStream<int>(text);
-    ExpectToReadLikeAStream<unsigned>(text);
-    ExpectToReadLikeAStream<long>(text);
-    ExpectToReadLikeAStream<unsigned long>(text);
-    ExpectToReadLikeAStream<long long>(text);
-    ExpectToReadLikeAStream<unsigned long long>(text);
+    ExpectAllTypesToReadLikeAStream(text);
   }
 }
 
@@ -759,17 +791,20 @@ TEST(JoinString, MendsWhatSplitStringCut) {
 
 // Items of many lengths, around those that a fast path copies as a block.
 TEST(JoinString, JoinsItemsOfEveryLength) {
+  const std::size_t sizes[] = {0,  1,  2,  3,  4,  7,  8,  9,  15,
+                               16, 17, 31, 32, 33, 63, 64, 65, 100};
+  std::string letters;
+  for (int i = 0; i < 100; ++i) letters += static_cast<char>('!' + i % 94);
   for (std::size_t separator_size = 0; separator_size < 20; ++separator_size) {
-    const std::string separator(separator_size, '-');
-    Texts items;
-    std::string expected;
-    for (std::size_t size = 0; size < 70; ++size) {
-      if (size != 0) expected += separator;
-      const std::string item(size % 35, static_cast<char>('a' + size % 26));
-      expected += item;
-      items.push_back(item);
+    const std::string separator = letters.substr(0, separator_size);
+    for (const std::size_t a_size : sizes) {
+      for (const std::size_t b_size : sizes) {
+        const std::string first = letters.substr(0, a_size);
+        const std::string last = letters.substr(letters.size() - b_size);
+        ASSERT_EQ(orvo::JoinString({first, last}, separator),
+                  first + separator + last);
+      }
     }
-    ASSERT_EQ(orvo::JoinString(items, separator), expected);
   }
 }
 

@@ -712,6 +712,19 @@ TEST(ScopedCoutCapture, TakesAForeignBufferAway) {
   EXPECT_EQ(std::cout.rdbuf(), own_buffer);
 }
 
+TEST(ScopedCoutCapture, LeavesItsOutputToAnInnerOneInFrontOfAForeignBuffer) {
+  std::streambuf* const own_buffer = std::cout.rdbuf();
+  std::ostringstream foreign;
+  auto outer = std::make_unique<ScopedCoutCapture>();
+  std::cout.rdbuf(foreign.rdbuf());
+  auto inner = std::make_unique<ScopedCoutCapture>();
+  outer.reset();
+  CoutBuffer() << "text";
+  EXPECT_EQ(inner->Text(), "text");
+  inner.reset();
+  EXPECT_EQ(std::cout.rdbuf(), own_buffer);
+}
+
 TEST(ScopedCoutCapture, CatchesWhatAFailedStreamWouldLoseAndKeepsItsState) {
   std::cout.setstate(std::ios_base::failbit);
   {

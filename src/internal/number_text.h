@@ -37,6 +37,7 @@ bool FitsInto64Bits(const char* first, const char* last) {
 }
 
 // Reads a sign, "0x" if the base is 16, and digits, and returns where they end.
+// There must be at least one character.
 //
 // As with a stream, text without digits stores 0, a number out of range stores
 // the nearest limit, and a minus sign negates an unsigned number modulo 2^n.
@@ -46,8 +47,8 @@ const char* ReadSignAndDigits(const char* next, const char* end,
   static_assert(kBase == 10 || kBase == 16);
   using Limits = std::numeric_limits<Integer>;
 
-  const bool negative = next != end && *next == '-';
-  if (negative || (next != end && *next == '+')) ++next;
+  const bool negative = *next == '-';
+  if (negative || *next == '+') ++next;
   if (kBase == 16 && end - next >= 2 && next[0] == '0' &&
       ToLower(next[1]) == 'x') {
     next += 2;
