@@ -8,6 +8,20 @@ namespace {
 // Guarded by the mutex of thread_safe_cout.
 ScopedCoutCapture* innermostCapture = nullptr;
 
+// Writers need not wait while a file opens, only who opens the same file.
+std::mutex openingMutex;
+
+void OpenForRedirection(const std::string& path, std::ofstream* file) {
+  const std::lock_guard<std::mutex> guard(openingMutex);
+  try {
+    file->open(path, std::ios_base::out);
+  } catch (...) {
+    // It may be open without a buffer, and could not be opened again.
+    file->close();
+    throw;
+  }
+}
+
 }  // namespace
 
 ThreadSafeOStream::ThreadSafeOStream(std::ostream& stream) : stream_(&stream) {}
@@ -26,13 +40,7 @@ ThreadSafeOStream& ThreadSafeOStream::flush() {
 }
 
 void ThreadSafeOStream::redirect(const std::string& path) {
-  try {
-    file_.open(path, std::ios_base::out);
-  } catch (...) {
-    // It may be open without a buffer, and could not be opened again.
-    file_.close();
-    throw;
-  }
+  OpenForRedirection(path, &file_);
   const std::lock_guard<std::mutex> guard(mutex_);
   saved_buffer_ = stream_->rdbuf(file_.rdbuf());
 }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 
+#include <csignal>
 #include <iostream>
 #include <memory>
 #include <new>
@@ -70,6 +71,25 @@ TEST(AllocationFailure, LeavesEverythingSound) {
   std::cout << "allocation failure: " << functions << " functions, " << sum.runs
             << " runs, " << sum.failures << " with failed allocations, "
             << sum.ends << " ended by rule, " << sum.leaked << " leaks\n";
+}
+
+// Objects of the whole process are made while it loads, where nobody could
+// catch an exception.
+TEST(AllocationFailure, EndsAProcessThatCannotLoad) {
+  int ends = 0;
+  orvo_test::ProgramResult result;
+  for (;; ++ends) {
+    ASSERT_LT(ends, 1000);
+    result = orvo_test::RunProgram(
+        {"/usr/bin/env", "ORVO_TEST_ALLOCATIONS=" + std::to_string(ends),
+         orvo_test::ProgramPath("failing_start")});
+    if (result.exit_status == 0) break;
+    ASSERT_EQ(result.exit_status, -SIGABRT) << ends;
+    ASSERT_THAT(result.errors, testing::HasSubstr("bad_alloc"));
+  }
+  EXPECT_GT(ends, 10);
+  EXPECT_EQ(result.output, "Unnamed thread 9 128\n");
+  std::cout << "allocation failure: " << ends << " starts ended\n";
 }
 
 // What the sweep has to catch.

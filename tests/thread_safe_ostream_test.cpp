@@ -188,7 +188,9 @@ TEST(ThreadSafeOStream, OpensTheFileBeforeItTakesItsMutexToRedirect) {
         return orvo_test::pthread_mutex_unlock_calls.Real(mutex);
       });
   stream.redirect(folder / "log");
-  EXPECT_THAT(states, ElementsAre("lock: open, own", "unlock: open, file"));
+  // One mutex for the opening alone, and then that of the stream.
+  EXPECT_THAT(states, ElementsAre("lock: no, own", "unlock: open, own",
+                                  "lock: open, own", "unlock: open, file"));
 }
 
 TEST(ThreadSafeOStream, GivesItsTargetTheBufferBack) {
