@@ -50,7 +50,7 @@ need_build_tools() { need g++:g++ cmake:cmake ninja:ninja-build; }
 need_test_tools() {
   need_build_tools
   need /usr/include/gtest/gtest.h:libgtest-dev /usr/include/gmock/gmock.h:libgmock-dev \
-    pkg-config:pkg-config nm:binutils
+    /usr/include/rapidcheck.h:librapidcheck-dev pkg-config:pkg-config nm:binutils
 }
 
 # build PRESET: configures and builds, silent unless something goes wrong.
