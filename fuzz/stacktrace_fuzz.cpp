@@ -79,11 +79,14 @@ class Sink : public std::streambuf {
   }
 };
 
+// Never destroyed, because the stream is flushed when all else is.
 Sink& StandardOutput() {
-  static Sink sink;
-  static const bool redirected = (std::cout.rdbuf(&sink), true);
-  static_cast<void>(redirected);
-  return sink;
+  static Sink* const sink = [] {
+    auto* const made = new Sink;
+    std::cout.rdbuf(made);
+    return made;
+  }();
+  return *sink;
 }
 
 struct Row {
