@@ -1,6 +1,7 @@
 # What the tests need: GoogleTest, the test support library, and a function per
 # kind of test.
 if(CMAKE_CXX_FLAGS MATCHES "-stdlib=libc\\+\\+")
+  set(orvo_libcxx TRUE)
   # Debian's GoogleTest is built for the other standard library; its sources
   # are for any.
   set(INSTALL_GTEST OFF)
