@@ -46,35 +46,43 @@ template <typename Handle>
 constexpr bool kRecursive = std::is_base_of_v<orvo::RLock, Handle> ||
                             std::is_base_of_v<orvo::DebugRLock, Handle>;
 
-// Lets a holder wait for the others, however seldom a busy machine runs them.
+// Lets a holder wait until another thread has come to the lock, however seldom
+// a busy machine runs the two at once.
 class Guests {
  public:
-  Guests() { sem_init(&arrivals_, 0, 0); }
+  Guests() { sem_init(&visits_, 0, 0); }
   Guests(const Guests&) = delete;
   Guests& operator=(const Guests&) = delete;
-  ~Guests() { sem_destroy(&arrivals_); }
+  ~Guests() { sem_destroy(&visits_); }
 
-  void Announce() {
-    if (awaited_.load(std::memory_order_relaxed)) {
-      awaited_.store(false, std::memory_order_relaxed);
-      sem_post(&arrivals_);
-    }
+  /// Whether the calling thread is to visit the holder.
+  bool Invited() {
+    return invitation_.load(std::memory_order_relaxed) &&
+           invitation_.exchange(false, std::memory_order_relaxed);
   }
 
-  /// Whether somebody came within a millisecond.
+  void Visited() { sem_post(&visits_); }
+
+  /// Whether somebody came within a millisecond; else all may be waiting for
+  /// the lock.
   bool Await() {
     timespec deadline{};
     clock_gettime(CLOCK_REALTIME, &deadline);
     deadline.tv_nsec += 1000000;
     deadline.tv_sec += deadline.tv_nsec / 1000000000;
     deadline.tv_nsec %= 1000000000;
-    awaited_.store(true, std::memory_order_relaxed);
-    return sem_timedwait(&arrivals_, &deadline) == 0;
+    // Forgets who came too late for an earlier invitation.
+    while (sem_trywait(&visits_) == 0) {
+    }
+    invitation_.store(true, std::memory_order_relaxed);
+    const bool visited = sem_timedwait(&visits_, &deadline) == 0;
+    invitation_.store(false, std::memory_order_relaxed);
+    return visited;
   }
 
  private:
-  std::atomic<bool> awaited_{false};
-  sem_t arrivals_;
+  std::atomic<bool> invitation_{false};
+  sem_t visits_;
 };
 
 // What the threads of one run share.
@@ -122,7 +130,10 @@ class Player {
 
  private:
   void Step() {
-    arena_.guests.Announce();
+    if (arena_.guests.Invited()) {
+      random_() % 2 == 0 ? PlayTryLock() : PlayTimedLock();
+      return arena_.guests.Visited();
+    }
     switch (random_() % 16) {
       case 0:
         return PlayNested();
@@ -290,13 +301,8 @@ class Player {
     ++acquired_;
   }
 
-  // Until another thread comes to the lock, or all the others stand there.
   void WaitForOthers() {
-    if (!arena_.guests.Await()) return;
-    ++arena_.meetings;
-    // Lets who has come take the last step.
-    const timespec moment{0, 1000};
-    orvo_test::nanosleep_calls.Real(&moment, nullptr);
+    if (arena_.guests.Await()) ++arena_.meetings;
   }
 
   // The lock is about to be released for the last time.
