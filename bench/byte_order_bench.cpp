@@ -74,6 +74,11 @@ T ReadWithAbsl(const std::string& text) {
 }
 
 template <typename T>
+T ReadWithStrtoull(const std::string& text) {
+  return static_cast<T>(std::strtoull(text.c_str(), nullptr, 16));
+}
+
+template <typename T>
 T ReadDigits(const std::string& text) {
   T value = 0;
   std::from_chars(text.data(), text.data() + text.size(), value, 16);
@@ -86,17 +91,17 @@ void AddHex(const std::string& operation, std::string digits) {
   Compare(operation, text.size(),
           Contender{"orvo", [] { return orvo::HexStringToNumber<T>(text); }},
           Contender{"absl", [] { return ReadWithAbsl<T>(text); }},
+          Contender{"strtoull", [] { return ReadWithStrtoull<T>(text); }},
           Contender{"limit", [] { return ReadDigits<T>(text); }});
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+const bool registered = [] {
   AddHash();
   AddReverse();
   AddHex<std::uint16_t>("binary/hex_u16", "1a2B");
   AddHex<std::uint32_t>("binary/hex_u32", "1a2B3c4D");
   AddHex<std::uint64_t>("binary/hex_u64", "1a2B3c4D5e6F7089");
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-}
+  return true;
+}();
+
+}  // namespace

@@ -5,13 +5,15 @@
 
 #include <cstddef>
 #include <cstdlib>
+#include <deque>
 #include <iostream>
 #include <string>
+#include <utility>
 
 namespace orvo_bench {
 
 /// One way to do an operation: who does it, and a callable that returns its
-/// result.
+/// result. Whoever cannot be beaten with the same result is called "limit".
 template <typename Run>
 struct Contender {
   const char* who;
@@ -20,24 +22,52 @@ struct Contender {
 template <typename Run>
 Contender(const char*, Run) -> Contender<Run>;
 
-/// Registers contenders as "operation/who/size", after checking that all have
-/// the same result.
+/// Registers one contender as "operation/who/size".
+template <typename Run>
+benchmark::internal::Benchmark* Register(const std::string& operation,
+                                         std::size_t size,
+                                         const Contender<Run>& contender) {
+  const std::string name =
+      operation + "/" + contender.who + "/" + std::to_string(size);
+  return benchmark::RegisterBenchmark(
+      name.c_str(), [run = contender.run](benchmark::State& state) {
+        for (auto _ : state) {
+          // The input might have changed, for all that the compiler knows.
+          benchmark::ClobberMemory();
+          benchmark::DoNotOptimize(run());
+        }
+      });
+}
+
+/// Keeps a value for the life of the process, and the compiler from knowing it.
+template <typename Value>
+Value* Keep(Value value) {
+  static std::deque<Value> kept;
+  kept.push_back(std::move(value));
+  benchmark::DoNotOptimize(kept);
+  return &kept.back();
+}
+
+/// By the clock on the wall, because a thread that waits takes no other time.
+inline void OnTwoThreads(benchmark::internal::Benchmark* registered) {
+  registered->UseRealTime()->Threads(2);
+}
+
+/// Registers contenders after checking that all have the same result.
 template <typename First, typename... Others>
 void Compare(const std::string& operation, std::size_t size,
              const Contender<First>& first,
              const Contender<Others>&... others) {
-  const auto add = [&](const char* who, auto run) {
-    if (!(run() == first.run())) {
-      std::cerr << operation << ": " << who << " has another result\n";
+  const auto add = [&](const auto& contender) {
+    if (!(contender.run() == first.run())) {
+      std::cerr << operation << ": " << contender.who
+                << " has another result\n";
       std::exit(1);
     }
-    const std::string name = operation + "/" + who + "/" + std::to_string(size);
-    benchmark::RegisterBenchmark(name.c_str(), [run](benchmark::State& state) {
-      for (auto _ : state) benchmark::DoNotOptimize(run());
-    });
+    Register(operation, size, contender);
   };
-  add(first.who, first.run);
-  (add(others.who, others.run), ...);
+  add(first);
+  (add(others), ...);
 }
 
 }  // namespace orvo_bench

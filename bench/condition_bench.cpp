@@ -1,4 +1,6 @@
-// The condition beside the bare POSIX one and the standard library's.
+// The condition beside the bare POSIX one and those of abseil and the standard
+// library.
+#include <absl/synchronization/mutex.h>
 #include <benchmark/benchmark.h>
 #include <pthread.h>
 
@@ -14,7 +16,7 @@
 
 namespace {
 
-// The three kinds of condition, each with its lock, behind one interface.
+// The kinds of condition, each with its lock, behind one interface.
 struct Orvo {
   using Held = orvo::ScopeLock;
 
@@ -46,6 +48,20 @@ struct Std {
   std::condition_variable condition;
 };
 
+struct Absl {
+  using Held = absl::MutexLock;
+
+  void Wait(Held&) { condition.Wait(&lock); }
+  void Signal() { condition.Signal(); }
+  void LockAndSignal() {
+    const Held held(&lock);
+    condition.Signal();
+  }
+
+  absl::Mutex lock;
+  absl::CondVar condition;
+};
+
 struct PosixMutex {
   void lock() { pthread_mutex_lock(&mutex); }
   void unlock() { pthread_mutex_unlock(&mutex); }
@@ -69,6 +85,15 @@ struct Posix {
   PosixMutex lock;
   pthread_cond_t condition = PTHREAD_COND_INITIALIZER;
 };
+
+// What a Held of the kind is made from.
+template <typename Kind>
+auto& Lock(Kind* kind) {
+  return kind->lock;
+}
+absl::Mutex* Lock(Absl* kind) {
+  return &kind->lock;
+}
 
 // Two threads that wake each other in turn, through one condition each.
 template <typename Kind>
@@ -98,13 +123,13 @@ class Players {
   }
 
   static void Set(long* number, long value, Kind* kind) {
-    typename Kind::Held held(kind->lock);
+    typename Kind::Held held(Lock(kind));
     *number = value;
     kind->Signal();
   }
 
   static long Await(const long& number, long value, Kind* kind) {
-    typename Kind::Held held(kind->lock);
+    typename Kind::Held held(Lock(kind));
     while (number != value && number != kEnd) kind->Wait(held);
     return number;
   }
@@ -123,11 +148,16 @@ void RoundTrip(benchmark::State& state) {
   for (auto _ : state) players.RoundTrip();
 }
 BENCHMARK_TEMPLATE(RoundTrip, Orvo)
-    ->Name("lock/round_trip/orvo")
+    ->Name("lock/round_trip/orvo/1")
     ->UseRealTime();
-BENCHMARK_TEMPLATE(RoundTrip, Std)->Name("lock/round_trip/std")->UseRealTime();
+BENCHMARK_TEMPLATE(RoundTrip, Absl)
+    ->Name("lock/round_trip/absl/1")
+    ->UseRealTime();
+BENCHMARK_TEMPLATE(RoundTrip, Std)
+    ->Name("lock/round_trip/std/1")
+    ->UseRealTime();
 BENCHMARK_TEMPLATE(RoundTrip, Posix)
-    ->Name("lock/round_trip/limit")
+    ->Name("lock/round_trip/limit/1")
     ->UseRealTime();
 
 template <typename Kind>
@@ -135,30 +165,33 @@ void Signal(benchmark::State& state) {
   Kind kind;
   for (auto _ : state) kind.LockAndSignal();
 }
-BENCHMARK_TEMPLATE(Signal, Orvo)->Name("lock/signal/orvo");
-BENCHMARK_TEMPLATE(Signal, Std)->Name("lock/signal/std");
-BENCHMARK_TEMPLATE(Signal, Posix)->Name("lock/signal/limit");
+BENCHMARK_TEMPLATE(Signal, Orvo)->Name("lock/signal/orvo/1");
+BENCHMARK_TEMPLATE(Signal, Absl)->Name("lock/signal/absl/1");
+BENCHMARK_TEMPLATE(Signal, Std)->Name("lock/signal/std/1");
+BENCHMARK_TEMPLATE(Signal, Posix)->Name("lock/signal/limit/1");
 
 template <typename Kind>
 void SignalLocked(benchmark::State& state) {
   Kind kind;
-  typename Kind::Held held(kind.lock);
+  typename Kind::Held held(Lock(&kind));
   for (auto _ : state) kind.Signal();
 }
-BENCHMARK_TEMPLATE(SignalLocked, Orvo)->Name("lock/signal_locked/orvo");
-BENCHMARK_TEMPLATE(SignalLocked, Std)->Name("lock/signal_locked/std");
-BENCHMARK_TEMPLATE(SignalLocked, Posix)->Name("lock/signal_locked/limit");
+BENCHMARK_TEMPLATE(SignalLocked, Orvo)->Name("lock/signal_locked/orvo/1");
+BENCHMARK_TEMPLATE(SignalLocked, Absl)->Name("lock/signal_locked/absl/1");
+BENCHMARK_TEMPLATE(SignalLocked, Std)->Name("lock/signal_locked/std/1");
+BENCHMARK_TEMPLATE(SignalLocked, Posix)->Name("lock/signal_locked/limit/1");
 
 template <typename Kind>
 void TimedWaitExpired(benchmark::State& state) {
   Kind kind;
-  typename Kind::Held held(kind.lock);
+  typename Kind::Held held(Lock(&kind));
   for (auto _ : state) kind.WaitUntilThisSecond(held);
 }
 BENCHMARK_TEMPLATE(TimedWaitExpired, Orvo)
-    ->Name("lock/timed_wait_expired/orvo");
-BENCHMARK_TEMPLATE(TimedWaitExpired, Std)->Name("lock/timed_wait_expired/std");
+    ->Name("lock/timed_wait_expired/orvo/1");
+BENCHMARK_TEMPLATE(TimedWaitExpired, Std)
+    ->Name("lock/timed_wait_expired/std/1");
 BENCHMARK_TEMPLATE(TimedWaitExpired, Posix)
-    ->Name("lock/timed_wait_expired/limit");
+    ->Name("lock/timed_wait_expired/limit/1");
 
 }  // namespace

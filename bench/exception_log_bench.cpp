@@ -16,7 +16,6 @@
 
 namespace {
 
-const std::string kMessage = "the order 4711 has no items";
 const std::string kFile = "src/shop/order_queue.cpp";
 constexpr int kLine = 128;
 
@@ -54,62 +53,77 @@ class Scene {
   int saved_ = -1;
 };
 
-void LogThroughOrvo(const std::string& path) {
+void LogThroughOrvo(const std::string& path, const std::string& message) {
   // The path is set once, at start-up.
   static_cast<void>(path);
-  orvo::LogException(kMessage, kFile, kLine);
+  orvo::LogException(message, kFile, kLine);
 }
 
-void LogThroughStdio(const std::string& path) {
-  std::printf("LogException(%s)\n", kMessage.c_str());
+void LogThroughStdio(const std::string& path, const std::string& message) {
+  std::printf("LogException(%s)\n", message.c_str());
   std::fflush(stdout);
   std::FILE* const file = std::fopen(path.c_str(), "a");
   std::fprintf(file, "\n%s line %d: %s\n", kFile.c_str(), kLine,
-               kMessage.c_str());
+               message.c_str());
   std::fclose(file);
 }
 
-void LogThroughStreams(const std::string& path) {
-  std::cout << "LogException(" << kMessage << ")" << std::endl;
+void LogThroughStreams(const std::string& path, const std::string& message) {
+  std::cout << "LogException(" << message << ")" << std::endl;
   std::ofstream file(path, std::ios_base::app);
-  file << "\n" << kFile << " line " << kLine << ": " << kMessage << "\n";
+  file << "\n" << kFile << " line " << kLine << ": " << message << "\n";
 }
 
 // With texts that are ready.
-void LogThroughSystemCalls(const std::string& path) {
-  static const std::string echo = "LogException(" + kMessage + ")\n";
-  static const std::string record =
-      "\n" + kFile + " line " + std::to_string(kLine) + ": " + kMessage + "\n";
+void LogThroughSystemCalls(const std::string& path,
+                           const std::string& message) {
+  static std::string known;
+  static std::string echo;
+  static std::string record;
+  if (known != message) {
+    known = message;
+    echo = "LogException(" + message + ")\n";
+    record =
+        "\n" + kFile + " line " + std::to_string(kLine) + ": " + message + "\n";
+  }
   benchmark::DoNotOptimize(write(STDOUT_FILENO, echo.data(), echo.size()));
   const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0666);
   benchmark::DoNotOptimize(write(file, record.data(), record.size()));
   close(file);
 }
 
-void Register(const char* name, void (*log)(const std::string&)) {
+using Log = void (*)(const std::string& path, const std::string& message);
+
+void Register(const std::string& who, std::size_t size, Log log) {
+  const std::string message(size, 'x');
   {
     const Scene scene;
     orvo::SetThreadExceptionLogPath(scene.path());
-    log(scene.path());
+    log(scene.path(), message);
     if (scene.Record() !=
-        "\nsrc/shop/order_queue.cpp line 128: the order 4711 has no items\n") {
-      std::fprintf(stderr, "%s writes another record\n", name);
+        "\nsrc/shop/order_queue.cpp line 128: " + message + "\n") {
+      std::cerr << who << " writes another record\n";
       std::abort();
     }
   }
-  benchmark::RegisterBenchmark(name, [log](benchmark::State& state) {
-    const Scene scene;
-    const std::string path = scene.path();
-    orvo::SetThreadExceptionLogPath(path);
-    for (auto _ : state) log(path);
-  });
+  const std::string name =
+      "output/log_exception/" + who + "/" + std::to_string(size);
+  benchmark::RegisterBenchmark(name.c_str(),
+                               [log, message](benchmark::State& state) {
+                                 const Scene scene;
+                                 const std::string path = scene.path();
+                                 orvo::SetThreadExceptionLogPath(path);
+                                 for (auto _ : state) log(path, message);
+                               });
 }
 
 [[maybe_unused]] const bool registered = [] {
-  Register("output/log_exception/orvo/27", LogThroughOrvo);
-  Register("output/log_exception/stdio/27", LogThroughStdio);
-  Register("output/log_exception/streams/27", LogThroughStreams);
-  Register("output/log_exception/limit/27", LogThroughSystemCalls);
+  for (const std::size_t size : {20U, 200U, 4000U}) {
+    Register("orvo", size, LogThroughOrvo);
+    Register("stdio", size, LogThroughStdio);
+    Register("streams", size, LogThroughStreams);
+    Register("limit", size, LogThroughSystemCalls);
+  }
   return true;
 }();
 

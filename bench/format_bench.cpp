@@ -7,15 +7,20 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <system_error>
+#include <utility>
 
+#include "bench/compare.h"
 #include "orvo/format.h"
 #include "orvo/operation_log.h"
 
 namespace {
+
+using orvo_bench::Compare;
+using orvo_bench::Contender;
+using orvo_bench::Keep;
 
 // What the system's formatter needs with a first buffer of 256 characters. The
 // formats come from the benchmarks below.
@@ -33,165 +38,179 @@ std::string Vsnprintf(const char* format, Arguments... arguments) {
 }
 #pragma GCC diagnostic pop
 
-// Times each way of making one text, once all are known to agree.
-template <typename Way>
-void Register(const std::string& name, const std::string& expected, Way way) {
-  if (way() != expected) {
-    std::fprintf(stderr, "%s makes another text\n", name.c_str());
-    std::abort();
+void AddInts() {
+  for (const auto& [first, second] : {std::pair(1, 2), std::pair(12345, -678),
+                                      std::pair(-2147483647 - 1, 2147483647)}) {
+    const int* a = Keep(first);
+    const int* b = Keep(second);
+    const std::size_t size = Vsnprintf("%d-%d", *a, *b).size();
+    Compare("format/two_ints", size,
+            Contender{"orvo", [=] { return orvo::format("%d-%d", *a, *b); }},
+            Contender{"absl", [=] { return absl::StrFormat("%d-%d", *a, *b); }},
+            Contender{"fmt", [=] { return fmt::sprintf("%d-%d", *a, *b); }},
+            Contender{"limit", [=] { return Vsnprintf("%d-%d", *a, *b); }});
+
+    const auto* format = Keep<std::string>("%d-%d");
+    Compare(
+        "format/two_ints_string_format", size,
+        Contender{"orvo", [=] { return orvo::format(*format, *a, *b); }},
+        Contender{"fmt", [=] { return fmt::sprintf(*format, *a, *b); }},
+        Contender{"limit", [=] { return Vsnprintf(format->c_str(), *a, *b); }});
   }
-  benchmark::RegisterBenchmark(name.c_str(), [way](benchmark::State& state) {
-    for (auto _ : state) benchmark::DoNotOptimize(way());
-  });
 }
 
-void RegisterInts() {
-  static int a = 12345;
-  static int b = -678;
-  benchmark::DoNotOptimize(a);
-  const std::string text = "12345--678";
-  const std::string name = "format/two_ints/";
-  Register(name + "orvo", text, [] { return orvo::format("%d-%d", a, b); });
-  Register(name + "absl", text, [] { return absl::StrFormat("%d-%d", a, b); });
-  Register(name + "fmt_printf", text,
-           [] { return fmt::sprintf("%d-%d", a, b); });
-  Register(name + "limit", text, [] { return Vsnprintf("%d-%d", a, b); });
-
-  const std::string dynamic = "format/two_ints_string_format/";
-  static const std::string format = "%d-%d";
-  Register(dynamic + "orvo", text, [] { return orvo::format(format, a, b); });
-  Register(dynamic + "fmt_printf", text,
-           [] { return fmt::sprintf(format, a, b); });
-  Register(dynamic + "limit", text,
-           [] { return Vsnprintf(format.c_str(), a, b); });
-}
-
-void RegisterStrings() {
+void AddStrings() {
   for (const std::size_t size : {8U, 64U, 255U, 256U, 1000U}) {
-    const auto* text = new std::string(size, 'x');
-    const std::string tail = "/" + std::to_string(size);
-    Register("format/string/orvo" + tail, *text,
-             [text] { return orvo::format("%s", text->c_str()); });
-    Register("format/string/absl" + tail, *text,
-             [text] { return absl::StrFormat("%s", text->c_str()); });
-    Register("format/string/limit" + tail, *text,
-             [text] { return Vsnprintf("%s", text->c_str()); });
+    const char* text = Keep(std::string(size, 'x'))->c_str();
+    Compare("format/string", size,
+            Contender{"orvo", [=] { return orvo::format("%s", text); }},
+            Contender{"absl", [=] { return absl::StrFormat("%s", text); }},
+            Contender{"fmt", [=] { return fmt::sprintf("%s", text); }},
+            Contender{"limit", [=] { return Vsnprintf("%s", text); }});
   }
 }
 
-void RegisterLogLines() {
-  static const char* const file = "src/server/connection.cpp";
-  static int line = 1234;
-  benchmark::DoNotOptimize(line);
-  for (const std::size_t size : {40U, 400U}) {
-    const auto* what = new std::string(size, 'x');
-    const std::string tail = "/" + std::to_string(size);
-    const std::string text = "src/server/connection.cpp line 1234: " + *what;
-    Register("format/log_line/orvo" + tail, text, [what] {
-      return orvo::format("%s line %d: %s", file, line, what->c_str());
-    });
-    Register("format/log_line/absl" + tail, text, [what] {
-      return absl::StrFormat("%s line %d: %s", file, line, what->c_str());
-    });
-    Register("format/log_line/fmt_printf" + tail, text, [what] {
-      return fmt::sprintf("%s line %d: %s", file, line, what->c_str());
-    });
-    Register("format/log_line/limit" + tail, text, [what] {
-      return Vsnprintf("%s line %d: %s", file, line, what->c_str());
-    });
+void AddLogLines() {
+  static constexpr char kFile[] = "src/server/connection.cpp";
+  const int* line = Keep(1234);
+  for (const std::size_t size : {8U, 40U, 400U, 4000U}) {
+    const char* what = Keep(std::string(size, 'x'))->c_str();
+    Compare(
+        "format/log_line", size,
+        Contender{
+            "orvo",
+            [=] { return orvo::format("%s line %d: %s", kFile, *line, what); }},
+        Contender{"absl",
+                  [=] {
+                    return absl::StrFormat("%s line %d: %s", kFile, *line,
+                                           what);
+                  }},
+        Contender{
+            "fmt",
+            [=] { return fmt::sprintf("%s line %d: %s", kFile, *line, what); }},
+        Contender{"limit", [=] {
+                    return Vsnprintf("%s line %d: %s",
+                                     static_cast<const char*>(kFile), *line,
+                                     what);
+                  }});
   }
 }
 
-void RegisterFailureMessages() {
-  static const std::string what = "reading the header of the tag";
-  static const std::string details = "the file ends after 5 bytes";
-  const std::string text =
-      "src/reader.cpp line 77: Error reading the header of the tag.\n"
-      "        the file ends after 5 bytes";
-  const std::string name = "format/failure_message/";
-  Register(name + "orvo", text, [] {
-    return orvo::CreateFailureMessage("src/reader.cpp", 77, what, details);
-  });
-  Register(name + "absl", text, [] {
-    std::string message = absl::StrFormat("%s line %d: Error %s.",
-                                          "src/reader.cpp", 77, what.c_str());
-    absl::StrAppend(&message, "\n        ", details);
-    return message;
-  });
-  Register(name + "limit", text, [] {
-    return Vsnprintf("%s line %d: Error %s.", "src/reader.cpp", 77,
-                     what.c_str()) +
-           ("\n        " + details);
-  });
+void AddFailureMessages() {
+  static constexpr char kFile[] = "src/reader.cpp";
+  const int* line = Keep(77);
+  const auto* what = Keep<std::string>("reading the header of the tag");
+  for (const std::size_t size : {27U, 200U, 2000U}) {
+    const auto* details = Keep(std::string(size, 'x'));
+    Compare(
+        "format/failure_message", size,
+        Contender{"orvo",
+                  [=] {
+                    return orvo::CreateFailureMessage(
+                        kFile, static_cast<unsigned>(*line), *what, *details);
+                  }},
+        Contender{"absl",
+                  [=] {
+                    return absl::StrFormat("%s line %d: Error %s.\n        %s",
+                                           kFile, *line, *what, *details);
+                  }},
+        Contender{"fmt",
+                  [=] {
+                    return fmt::sprintf("%s line %d: Error %s.\n        %s",
+                                        kFile, *line, *what, *details);
+                  }},
+        Contender{"limit", [=] {
+                    return Vsnprintf("%s line %d: Error %s.",
+                                     static_cast<const char*>(kFile), *line,
+                                     what->c_str()) +
+                           ("\n        " + *details);
+                  }});
+  }
 }
 
-void RegisterDoubles() {
-  static double value = 3.14159265358979;
-  benchmark::DoNotOptimize(value);
-  Register("format/double/orvo", "3.141593",
-           [] { return orvo::format("%f", value); });
-  Register("format/double/limit", "3.141593",
-           [] { return Vsnprintf("%f", value); });
+void AddDoubles() {
+  for (const double number : {3.14159265358979, 1234567890.5, -1.5e100}) {
+    const double* value = Keep(number);
+    Compare("format/double", Vsnprintf("%f", number).size(),
+            Contender{"orvo", [=] { return orvo::format("%f", *value); }},
+            Contender{"absl", [=] { return absl::StrFormat("%f", *value); }},
+            Contender{"fmt", [=] { return fmt::sprintf("%f", *value); }},
+            Contender{"limit", [=] { return Vsnprintf("%f", *value); }});
+  }
 }
 
-void RegisterErrorTexts() {
-  const std::string text("No such file or directory");
-  Register("format/errmsg/orvo", text + std::string(256 - text.size(), '\0'),
-           [] { return orvo::errmsg(ENOENT); });
-  Register("format/errmsg/std", text,
-           [] { return std::system_category().message(ENOENT); });
-  Register("format/errmsg/limit", text + std::string(256 - text.size(), '\0'),
-           [] {
-             char buffer[256] = {};
-             const char* const found = strerror_r(ENOENT, buffer, 256);
-             if (found != buffer) std::strcpy(buffer, found);
-             return std::string(buffer, sizeof buffer);
-           });
+// The result is 256 characters long, the rest of them NUL.
+void AddErrorTexts() {
+  for (const int number : {EPERM, ENOENT, EILSEQ}) {
+    const int* error = Keep(number);
+    const std::size_t size = std::system_category().message(number).size();
+    Compare("format/errmsg", size,
+            Contender{"orvo", [=] { return orvo::errmsg(*error); }},
+            Contender{"std",
+                      [=] {
+                        std::string text =
+                            std::system_category().message(*error);
+                        text.resize(256);
+                        return text;
+                      }},
+            Contender{"limit", [=] {
+                        char buffer[256] = {};
+                        const char* const found =
+                            strerror_r(*error, buffer, sizeof buffer);
+                        if (found != buffer) std::strcpy(buffer, found);
+                        return std::string(buffer, sizeof buffer);
+                      }});
+  }
 }
 
-void RegisterFastFormatter() {
-  static long fraction = 123456789;
-  benchmark::DoNotOptimize(fraction);
-  const std::string text = "123456789";
-  const std::string name = "format/fast_formatter/";
-  Register(name + "orvo", text,
-           [] { return FastFormatter<10>("%09ld", fraction); });
-  Register(name + "absl", text,
-           [] { return absl::StrFormat("%09ld", fraction); });
-  Register(name + "fmt_printf", text,
-           [] { return fmt::sprintf("%09ld", fraction); });
-  Register(name + "limit", text, [] { return Vsnprintf("%09ld", fraction); });
+void AddFastFormatter() {
+  for (const long number : {7L, 123456789L, 123456789012345678L}) {
+    const long* value = Keep(number);
+    Compare(
+        "format/fast_formatter", std::to_string(number).size(),
+        Contender{"orvo", [=] { return FastFormatter<20>("%09ld", *value); }},
+        Contender{"absl", [=] { return absl::StrFormat("%09ld", *value); }},
+        Contender{"fmt", [=] { return fmt::sprintf("%09ld", *value); }},
+        Contender{"limit", [=] { return Vsnprintf("%09ld", *value); }});
+  }
 }
 
-void RegisterConcatenate() {
-  static const std::string seconds = "2026-11-15T21-19-56";
-  static std::string fraction = "123456789";
-  benchmark::DoNotOptimize(fraction);
-  const std::string text = "2026-11-15T21-19-56.123456789Z";
-  const std::string name = "format/concatenate/";
-  // One target throughout, which grows in the check alone.
-  static std::string target;
-  Register(name + "orvo", text, []() -> const std::string& {
-    return *Concatenate(&(target = seconds), ".", fraction, "Z");
-  });
-  Register(name + "absl", text, []() -> const std::string& {
-    absl::StrAppend(&(target = seconds), ".", fraction, "Z");
-    return target;
-  });
-  Register(name + "std", text, []() -> const std::string& {
-    return (target = seconds).append(".").append(fraction).append("Z");
-  });
+void AddConcatenate() {
+  const auto* seconds = Keep<std::string>("2026-11-15T21-19-56");
+  for (const std::size_t size : {9U, 100U, 1000U}) {
+    const auto* fraction = Keep(std::string(size, '7'));
+    // One target throughout, which grows in the check alone.
+    auto* const target = Keep<std::string>("");
+    Compare("format/concatenate", size,
+            Contender{"orvo",
+                      [=]() -> const std::string& {
+                        return *Concatenate(&(*target = *seconds), ".",
+                                            *fraction, "Z");
+                      }},
+            Contender{"absl",
+                      [=]() -> const std::string& {
+                        absl::StrAppend(&(*target = *seconds), ".", *fraction,
+                                        "Z");
+                        return *target;
+                      }},
+            Contender{"std", [=]() -> const std::string& {
+                        return (*target = *seconds)
+                            .append(".")
+                            .append(*fraction)
+                            .append("Z");
+                      }});
+  }
 }
 
 const bool registered = [] {
-  RegisterInts();
-  RegisterStrings();
-  RegisterLogLines();
-  RegisterFailureMessages();
-  RegisterDoubles();
-  RegisterErrorTexts();
-  RegisterFastFormatter();
-  RegisterConcatenate();
+  AddInts();
+  AddStrings();
+  AddLogLines();
+  AddFailureMessages();
+  AddDoubles();
+  AddErrorTexts();
+  AddFastFormatter();
+  AddConcatenate();
   return true;
 }();
 

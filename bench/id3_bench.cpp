@@ -61,9 +61,7 @@ void AddComment(const std::string& operation, std::size_t size,
           Contender{"taglib", [=] { return ReadWithTaglib(vector); }});
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+const bool registered = [] {
   for (const std::size_t count : {0u, 8u, 100u}) {
     std::string frames;
     for (std::size_t i = 0; i < count; ++i) {
@@ -72,7 +70,10 @@ int main(int argc, char** argv) {
     }
     AddComment("binary/id3_comment", count, frames, std::string(120, 'c'));
   }
-  AddComment("binary/id3_comment_long", 8000, "", std::string(8000, 'x'));
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-}
+  for (const std::size_t size : {1000u, 8000u, 64000u}) {
+    AddComment("binary/id3_comment_long", size, "", std::string(size, 'x'));
+  }
+  return true;
+}();
+
+}  // namespace

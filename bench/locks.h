@@ -1,7 +1,9 @@
 #ifndef ORVO_BENCH_LOCKS_H_
 #define ORVO_BENCH_LOCKS_H_
 
+#include <absl/synchronization/mutex.h>
 #include <benchmark/benchmark.h>
+#include <glib.h>
 #include <pthread.h>
 
 #include "orvo/lock.h"
@@ -31,6 +33,39 @@ class PosixMutex {
 
 using PlainMutex = PosixMutex<PTHREAD_MUTEX_DEFAULT>;
 using RecursiveMutex = PosixMutex<PTHREAD_MUTEX_RECURSIVE>;
+
+class AbslMutex {
+ public:
+  void lock() { mutex_.Lock(); }
+  void unlock() { mutex_.Unlock(); }
+  bool try_lock() { return mutex_.TryLock(); }
+
+ private:
+  absl::Mutex mutex_;
+};
+
+class GlibMutex {
+ public:
+  GlibMutex() { g_mutex_init(&mutex_); }
+  ~GlibMutex() { g_mutex_clear(&mutex_); }
+  void lock() { g_mutex_lock(&mutex_); }
+  void unlock() { g_mutex_unlock(&mutex_); }
+  bool try_lock() { return g_mutex_trylock(&mutex_) != 0; }
+
+ private:
+  GMutex mutex_;
+};
+
+class GlibRecMutex {
+ public:
+  GlibRecMutex() { g_rec_mutex_init(&mutex_); }
+  ~GlibRecMutex() { g_rec_mutex_clear(&mutex_); }
+  void lock() { g_rec_mutex_lock(&mutex_); }
+  void unlock() { g_rec_mutex_unlock(&mutex_); }
+
+ private:
+  GRecMutex mutex_;
+};
 
 struct NamedLock : orvo::Lock {
   NamedLock() : Lock("bench") {}

@@ -1,5 +1,5 @@
-// Debug locks and scope locks beside the bare POSIX mutex and the standard
-// library's.
+// Debug locks and scope locks beside the bare POSIX mutex and those of abseil,
+// GLib and the standard library.
 #include <absl/strings/str_cat.h>
 #include <absl/strings/str_join.h>
 #include <absl/strings/str_split.h>
@@ -8,14 +8,15 @@
 #include <pthread.h>
 
 #include <algorithm>
-#include <cstdlib>
+#include <cstddef>
+#include <cstdint>
 #include <filesystem>
-#include <iostream>
 #include <mutex>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "bench/compare.h"
 #include "bench/locks.h"
 #include "orvo/lock.h"
 #include "orvo/orvo_lock_debug.h"
@@ -23,6 +24,9 @@
 
 namespace {
 
+using orvo_bench::Compare;
+using orvo_bench::Contender;
+using orvo_bench::Keep;
 using orvo_bench::LockPair;
 using orvo_bench::NamedLock;
 using orvo_bench::PlainMutex;
@@ -35,17 +39,20 @@ struct DebugLock : orvo::DebugLockImpl_ {
 struct DebugRLock : orvo::DebugRLockImpl_ {
   DebugRLock() : DebugRLockImpl_("bench") {}
 };
-BENCHMARK_TEMPLATE(LockPair, DebugLock)->Name("lock/debug/orvo");
-BENCHMARK_TEMPLATE(LockPair, std::mutex)->Name("lock/debug/std");
-BENCHMARK_TEMPLATE(LockPair, PlainMutex)->Name("lock/debug/limit");
+BENCHMARK_TEMPLATE(LockPair, DebugLock)->Name("lock/debug/orvo/1");
+BENCHMARK_TEMPLATE(LockPair, std::mutex)->Name("lock/debug/std/1");
+BENCHMARK_TEMPLATE(LockPair, PlainMutex)->Name("lock/debug/limit/1");
 BENCHMARK_TEMPLATE(LockPair, DebugLock)
-    ->Name("lock/debug_contended/orvo")
+    ->Name("lock/debug_contended/orvo/1")
+    ->UseRealTime()
     ->Threads(2);
 BENCHMARK_TEMPLATE(LockPair, std::mutex)
-    ->Name("lock/debug_contended/std")
+    ->Name("lock/debug_contended/std/1")
+    ->UseRealTime()
     ->Threads(2);
 BENCHMARK_TEMPLATE(LockPair, PlainMutex)
-    ->Name("lock/debug_contended/limit")
+    ->Name("lock/debug_contended/limit/1")
+    ->UseRealTime()
     ->Threads(2);
 
 template <typename Lock>
@@ -78,7 +85,7 @@ void Scope(benchmark::State& state) {
     benchmark::ClobberMemory();
   }
 }
-BENCHMARK(Scope)->Name("lock/scope/orvo");
+BENCHMARK(Scope)->Name("lock/scope/orvo/1");
 
 template <typename Lock>
 void ScopeStd(benchmark::State& state) {
@@ -88,20 +95,38 @@ void ScopeStd(benchmark::State& state) {
     benchmark::ClobberMemory();
   }
 }
-BENCHMARK_TEMPLATE(ScopeStd, std::mutex)->Name("lock/scope/std");
-BENCHMARK_TEMPLATE(ScopeStd, PlainMutex)->Name("lock/scope/limit");
+BENCHMARK_TEMPLATE(ScopeStd, std::mutex)->Name("lock/scope/std/1");
+BENCHMARK_TEMPLATE(ScopeStd, orvo_bench::AbslMutex)->Name("lock/scope/absl/1");
+BENCHMARK_TEMPLATE(ScopeStd, orvo_bench::GlibMutex)->Name("lock/scope/glib/1");
+BENCHMARK_TEMPLATE(ScopeStd, PlainMutex)->Name("lock/scope/limit/1");
+
+constexpr int kDepths[] = {1, 4, 16};
+
+void Depths(benchmark::internal::Benchmark* registered) {
+  for (const int depth : kDepths) registered->Arg(depth);
+}
 
 const std::string kFunction = "AddOrder";
-const std::string kFile = __FILE__;
+const std::string kRoot = ORVO_BENCH_DEVELOPMENT_ROOT;
+
+// A source file this many folders below the development root.
+std::string File(std::int64_t depth) {
+  std::string file = kRoot;
+  for (std::int64_t i = 0; i < depth; ++i) file += "/component";
+  return file + "/order_queue.cpp";
+}
 
 void ScopeWithReference(benchmark::State& state) {
   orvo::Lock& lock = Shared<NamedLock>();
+  const std::string file = File(state.range());
   for (auto _ : state) {
-    const orvo::DebugScopeLock scope(lock, kFunction, kFile, 62);
+    const orvo::DebugScopeLock scope(lock, kFunction, file, 62);
     benchmark::ClobberMemory();
   }
 }
-BENCHMARK(ScopeWithReference)->Name("lock/scope_with_reference/orvo");
+BENCHMARK(ScopeWithReference)
+    ->Name("lock/scope_with_reference/orvo")
+    ->Apply(Depths);
 
 // What a debug scope lock keeps, over the standard library's lock.
 struct ReferencedScope {
@@ -119,31 +144,26 @@ struct ReferencedScope {
 
 void ScopeWithReferenceStd(benchmark::State& state) {
   std::mutex& mutex = Shared<std::mutex>();
+  const std::string file = File(state.range());
   for (auto _ : state) {
-    const ReferencedScope scope(mutex, kFunction, kFile, 62);
+    const ReferencedScope scope(mutex, kFunction, file, 62);
     benchmark::ClobberMemory();
   }
 }
-BENCHMARK(ScopeWithReferenceStd)->Name("lock/scope_with_reference/std");
+BENCHMARK(ScopeWithReferenceStd)
+    ->Name("lock/scope_with_reference/std")
+    ->Apply(Depths);
 
-// This file lies two levels below the development root.
-const std::string kRoot =
-    std::filesystem::path(kFile).parent_path().parent_path();
-
-std::string ReferenceText() {
-  return orvo::LockingCodeReference(kFunction, kFile, 62).GetAsString();
-}
-
-std::string ReferenceTextStd() {
+std::string ReferenceTextStd(const std::string& file) {
   std::ostringstream text;
   text << kFunction << " --> "
-       << std::filesystem::path(kFile).lexically_relative(kRoot).native() << ":"
+       << std::filesystem::path(file).lexically_relative(kRoot).native() << ":"
        << 62;
   return text.str();
 }
 
-std::string ReferenceTextAbsl() {
-  const std::vector<absl::string_view> path = absl::StrSplit(kFile, '/');
+std::string ReferenceTextAbsl(const std::string& file) {
+  const std::vector<absl::string_view> path = absl::StrSplit(file, '/');
   const std::vector<absl::string_view> root = absl::StrSplit(kRoot, '/');
   const auto differing =
       std::mismatch(path.begin(), path.end(), root.begin(), root.end()).first;
@@ -151,18 +171,19 @@ std::string ReferenceTextAbsl() {
                       absl::StrJoin(differing, path.end(), "/"), ":", 62);
 }
 
-template <std::string (*Text)()>
-void Reference(benchmark::State& state) {
-  if (Text() != "AddOrder --> bench/orvo_lock_debug_bench.cpp:62") {
-    std::cerr << "Another text: " << Text() << "\n";
-    std::abort();
+[[maybe_unused]] const bool registered = [] {
+  for (const int depth : kDepths) {
+    const auto* file = Keep(File(depth));
+    Compare("lock/reference_text", static_cast<std::size_t>(depth),
+            Contender{"orvo",
+                      [=] {
+                        return orvo::LockingCodeReference(kFunction, *file, 62)
+                            .GetAsString();
+                      }},
+            Contender{"std", [=] { return ReferenceTextStd(*file); }},
+            Contender{"absl", [=] { return ReferenceTextAbsl(*file); }});
   }
-  for (auto _ : state) benchmark::DoNotOptimize(Text());
-}
-BENCHMARK_TEMPLATE(Reference, ReferenceText)->Name("lock/reference_text/orvo");
-BENCHMARK_TEMPLATE(Reference, ReferenceTextStd)
-    ->Name("lock/reference_text/std");
-BENCHMARK_TEMPLATE(Reference, ReferenceTextAbsl)
-    ->Name("lock/reference_text/absl");
+  return true;
+}();
 
 }  // namespace

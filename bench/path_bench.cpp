@@ -1,68 +1,29 @@
+// Paths as texts beside abseil, Boost, the standard library, plain cuts at the
+// last mark, and the copy of a result that is known beforehand.
+
 #include <absl/strings/match.h>
 #include <absl/strings/str_cat.h>
 #include <absl/strings/str_join.h>
 #include <absl/strings/str_replace.h>
 #include <absl/strings/str_split.h>
 #include <benchmark/benchmark.h>
-#include <dirent.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <algorithm>
 #include <boost/filesystem.hpp>
-#include <cstdio>
-#include <cstdlib>
+#include <cstddef>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "bench/compare.h"
 #include "orvo/path.h"
 
 namespace {
 
+using orvo_bench::Compare;
+using orvo_bench::Contender;
 using StringPair = std::pair<std::string, std::string>;
-
-// One way of doing an operation.
-template <typename Function>
-struct Contender {
-  const char* name;
-  Function function;
-};
-template <typename Function>
-Contender(const char*, Function) -> Contender<Function>;
-
-template <typename Function>
-benchmark::internal::Benchmark* Register(const std::string& operation,
-                                         std::size_t size,
-                                         Contender<Function> contender) {
-  const std::string name =
-      operation + "/" + contender.name + "/" + std::to_string(size);
-  return benchmark::RegisterBenchmark(
-      name.c_str(), [contender](benchmark::State& state) {
-        for (auto _ : state) benchmark::DoNotOptimize(contender.function());
-      });
-}
-
-template <typename Result>
-void Check(const std::string& operation, const Result& expected,
-           const Result& result) {
-  if (result == expected) return;
-  std::fprintf(stderr, "The contenders differ in %s.\n", operation.c_str());
-  std::abort();
-}
-
-// Registers an operation in each of its forms, which have to agree.
-template <typename First, typename... Others>
-void Compare(const std::string& operation, std::size_t size,
-             Contender<First> first, Contender<Others>... others) {
-  const auto expected = first.function();
-  (Check(operation, expected, others.function()), ...);
-  Register(operation, size, first);
-  (Register(operation, size, others), ...);
-}
 
 // A path of exactly this many bytes: components of seven letters, and a name
 // with an extension.
@@ -236,198 +197,12 @@ void CompareComponents(std::size_t size) {
           Contender{"limit", [=] { return std::string(rest); }});
 }
 
-// A folder of its own for each run of the program.
-class Folder {
- public:
-  Folder()
-      : path_(std::filesystem::temp_directory_path() / "orvo-bench-XXXXXX") {
-    if (mkdtemp(path_.data()) == nullptr) std::abort();
-  }
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-  ~Folder() { std::filesystem::remove_all(path_); }
-
-  std::string operator/(const std::string& name) const {
-    return path_ + "/" + name;
-  }
-
- private:
-  std::string path_;
-};
-
-bool HasType(const std::string& path, mode_t type) {
-  struct stat status;
-  return stat(path.c_str(), &status) == 0 && (status.st_mode & S_IFMT) == type;
-}
-
-void CompareFileTypes(const std::string& name, const std::string& path) {
-  Compare("filesystem/isfile" + name, 1,
-          Contender{"orvo", [=] { return orvo::path::isfile(path); }},
-          Contender{"std",
-                    [=] {
-                      std::error_code ignored;
-                      return std::filesystem::is_regular_file(path, ignored);
-                    }},
-          Contender{"boost",
-                    [=] {
-                      boost::system::error_code ignored;
-                      return boost::filesystem::is_regular_file(path, ignored);
-                    }},
-          Contender{"limit", [=] { return HasType(path, S_IFREG); }});
-  Compare("filesystem/isdir" + name, 1,
-          Contender{"orvo", [=] { return orvo::path::isdir(path); }},
-          Contender{"std",
-                    [=] {
-                      std::error_code ignored;
-                      return std::filesystem::is_directory(path, ignored);
-                    }},
-          Contender{"boost",
-                    [=] {
-                      boost::system::error_code ignored;
-                      return boost::filesystem::is_directory(path, ignored);
-                    }},
-          Contender{"limit", [=] { return HasType(path, S_IFDIR); }});
-}
-
-// Each form also removes what it made, which takes the same time for all.
-void CompareDirectories(const Folder& folder) {
-  const std::string existing = folder / "existing";
-  mkdir(existing.c_str(), 0755);
-  Compare(
-      "filesystem/make_directory_exists", 1,
-      Contender{"orvo",
-                [=] {
-                  orvo::path::MakeDirectory(existing);
-                  return true;
-                }},
-      Contender{"std",
-                [=] { return !std::filesystem::create_directory(existing); }},
-      Contender{"boost",
-                [=] { return !boost::filesystem::create_directory(existing); }},
-      Contender{"limit", [=] {
-                  return mkdir(existing.c_str(), 0755) != 0 &&
-                         HasType(existing, S_IFDIR);
-                }});
-
-  const std::string created = folder / "created";
-  const auto remove = [=] { return rmdir(created.c_str()) == 0; };
-  Compare("filesystem/make_directory_new", 1,
-          Contender{"orvo",
-                    [=] {
-                      orvo::path::MakeDirectory(created);
-                      return remove();
-                    }},
-          Contender{"std",
-                    [=] {
-                      std::filesystem::create_directory(created);
-                      return remove();
-                    }},
-          Contender{"boost",
-                    [=] {
-                      boost::filesystem::create_directory(created);
-                      return remove();
-                    }},
-          Contender{"limit", [=] {
-                      return mkdir(created.c_str(), 0755) == 0 && remove();
-                    }});
-
-  std::vector<std::string> chain;
-  for (std::string path = created; chain.size() < 4; path += "/below") {
-    chain.push_back(path);
-  }
-  const auto remove_chain = [=] {
-    return std::all_of(chain.rbegin(), chain.rend(), [](const auto& path) {
-      return rmdir(path.c_str()) == 0;
-    });
-  };
-  // All the directories on the way, the existing ones too.
-  std::vector<std::string> way;
-  for (std::size_t i = 1; (i = chain.back().find('/', i)) != std::string::npos;
-       ++i) {
-    way.push_back(chain.back().substr(0, i));
-  }
-  way.push_back(chain.back());
-  Compare("filesystem/make_directories_new", 4,
-          Contender{"orvo",
-                    [=] {
-                      orvo::path::MakeDirectories(chain.back());
-                      return remove_chain();
-                    }},
-          Contender{"std",
-                    [=] {
-                      std::filesystem::create_directories(chain.back());
-                      return remove_chain();
-                    }},
-          Contender{"boost",
-                    [=] {
-                      boost::filesystem::create_directories(chain.back());
-                      return remove_chain();
-                    }},
-          Contender{"limit", [=] {
-                      for (const std::string& path : way) {
-                        if (mkdir(path.c_str(), 0755) != 0 &&
-                            !HasType(path, S_IFDIR)) {
-                          return false;
-                        }
-                      }
-                      return remove_chain();
-                    }});
-}
-
-std::vector<std::string> PlainListing(const std::string& path) {
-  std::vector<std::string> names;
-  DIR* const directory = opendir(path.c_str());
-  while (const dirent* const entry = readdir(directory)) {
-    names.emplace_back(entry->d_name);
-  }
-  closedir(directory);
-  return names;
-}
-
-void CompareListings(const Folder& folder, std::size_t size) {
-  const std::string path = folder / std::to_string(size);
-  std::filesystem::create_directory(path);
-  for (std::size_t i = 0; i < size; ++i) {
-    std::ofstream(path + "/file" + std::to_string(i) + ".txt");
-  }
-
-  Check("filesystem/listdir", PlainListing(path), orvo::listdir(path));
-  // Counted, because every listing leaves a descriptor open.
-  constexpr int kListings = 400;
-  const std::string name = "/" + std::to_string(size);
-  benchmark::RegisterBenchmark(
-      ("filesystem/listdir/orvo" + name).c_str(),
-      [path](benchmark::State& state) {
-        const int next_descriptor = dup(0);
-        close(next_descriptor);
-        for (auto _ : state) benchmark::DoNotOptimize(orvo::listdir(path));
-        for (int i = 0; i < kListings; ++i) close(next_descriptor + i);
-      })
-      ->Iterations(kListings);
-  benchmark::RegisterBenchmark(("filesystem/listdir/limit" + name).c_str(),
-                               [path](benchmark::State& state) {
-                                 for (auto _ : state)
-                                   benchmark::DoNotOptimize(PlainListing(path));
-                               })
-      ->Iterations(kListings);
-}
-
-void CompareAll() {
+const bool registered = [] {
   CompareJoins();
   static const std::string paths[] = {MakePath(7), MakePath(64), MakePath(500)};
   for (const std::string& path : paths) CompareCuts(path);
   for (const std::size_t size : {3U, 16U, 128U}) CompareComponents(size);
-
-  static const Folder folder;
-  const std::string file = folder / "file";
-  std::ofstream(file).put('x');
-  CompareFileTypes("", file);
-  CompareFileTypes("_missing", folder / "missing");
-  CompareDirectories(folder);
-  for (const std::size_t size : {8U, 256U, 4096U})
-    CompareListings(folder, size);
-}
-
-const bool registered = (CompareAll(), true);
+  return true;
+}();
 
 }  // namespace

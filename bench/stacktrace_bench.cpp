@@ -197,6 +197,10 @@ void RegisterDemanglers() {
       {"stacktrace/demangle/",
        "_ZNSt6vectorINSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEESaIS5_"
        "EE9push_backERKS5_"},
+      {"stacktrace/demangle/",
+       "_ZNSt8_Rb_treeINSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEESt4p"
+       "airIKS5_St6vectorIS5_SaIS5_EEESt10_Select1stISA_ESt4lessIS5_ESaISA_EE29"
+       "_M_get_insert_hint_unique_posESt23_Rb_tree_const_iteratorISA_ERS7_"},
       {"stacktrace/demangle_plain/", "main"},
       {"stacktrace/demangle_plain/", "pthread_mutex_lock"},
   };

@@ -1,17 +1,19 @@
 // Character sets beside the plain loop over the classifier.
 
-#include <benchmark/benchmark.h>
-
 #include <algorithm>
 #include <cctype>
-#include <cstdlib>
-#include <iostream>
+#include <cstddef>
 #include <iterator>
 #include <string>
 
+#include "bench/compare.h"
 #include "orvo/str_gen.h"
 
 namespace {
+
+using orvo_bench::Compare;
+using orvo_bench::Contender;
+using orvo_bench::Keep;
 
 const char* const kAlnum =
     "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
@@ -39,36 +41,18 @@ std::string CallsAndOneCopy(int (*classifier)(int)) {
   return std::string(chosen, size);
 }
 
-void BM_Alnum(benchmark::State& state, std::string (*make)()) {
-  for (auto _ : state) benchmark::DoNotOptimize(make());
-}
-
-void BM_Subset(benchmark::State& state, std::string (*make)(int (*)(int))) {
-  int (*classifier)(int) = isalnum;
-  benchmark::DoNotOptimize(classifier);
-  for (auto _ : state) benchmark::DoNotOptimize(make(classifier));
-}
-
-std::string Subset(int (*classifier)(int)) {
-  return orvo::StrGen::subset(classifier);
-}
-
 const bool registered = [] {
-  if (orvo::StrGen::alnum() != kAlnum || Subset(isalnum) != kAlnum ||
-      CopyIf(isalnum) != kAlnum || CallsAndOneCopy(isalnum) != kAlnum) {
-    std::cerr << "str_gen_bench: the sets differ\n";
-    std::abort();
+  Compare("strings/strgen_alnum", 62,
+          Contender{"orvo", [] { return orvo::StrGen::alnum(); }},
+          Contender{"limit", CopyOfTheSet});
+  for (int (*const set)(int) : {isdigit, isalnum, isprint}) {
+    int (** const classifier)(int) = Keep(set);
+    Compare(
+        "strings/strgen_subset", CopyIf(set).size(),
+        Contender{"orvo", [=] { return orvo::StrGen::subset(*classifier); }},
+        Contender{"std", [=] { return CopyIf(*classifier); }},
+        Contender{"limit", [=] { return CallsAndOneCopy(*classifier); }});
   }
-  benchmark::RegisterBenchmark("strings/strgen_alnum/orvo/62", BM_Alnum,
-                               orvo::StrGen::alnum);
-  benchmark::RegisterBenchmark("strings/strgen_alnum/limit/62", BM_Alnum,
-                               CopyOfTheSet);
-  benchmark::RegisterBenchmark("strings/strgen_subset/orvo/128", BM_Subset,
-                               Subset);
-  benchmark::RegisterBenchmark("strings/strgen_subset/std/128", BM_Subset,
-                               CopyIf);
-  benchmark::RegisterBenchmark("strings/strgen_subset/limit/128", BM_Subset,
-                               CallsAndOneCopy);
   return true;
 }();
 

@@ -16,51 +16,26 @@
 #include <charconv>
 #include <cstdlib>
 #include <deque>
-#include <iostream>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "bench/compare.h"
 #include "orvo/strings.h"
 
 namespace {
 
+using orvo_bench::Contender;
+using orvo_bench::Keep;
 using Texts = std::vector<std::string>;
 using Pieces = std::vector<absl::string_view>;
 
-template <typename Run>
-struct Candidate {
-  const char* who;
-  Run run;
-};
-template <typename Run>
-Candidate(const char*, Run) -> Candidate<Run>;
-
-// Registers what does the same work, after checking that it does.
+// Registers what does the same work.
 template <typename Orvo, typename... Peers>
 void Compare(const std::string& operation, std::size_t size, Orvo orvo,
-             Candidate<Peers>... peers) {
-  const auto add = [&](const char* who, auto run) {
-    if (run() != orvo()) {
-      std::cerr << operation << ": " << who << " has another result\n";
-      std::exit(1);
-    }
-    const std::string name =
-        "strings/" + operation + "/" + who + "/" + std::to_string(size);
-    benchmark::RegisterBenchmark(name.c_str(), [run](benchmark::State& state) {
-      for (auto _ : state) benchmark::DoNotOptimize(run());
-    });
-  };
-  add("orvo", orvo);
-  (add(peers.who, peers.run), ...);
-}
-
-// Keeps the compiler from knowing a text that never changes.
-template <typename Value>
-Value* Keep(Value value) {
-  static std::deque<Value> kept;
-  kept.push_back(std::move(value));
-  return &kept.back();
+             Contender<Peers>... peers) {
+  orvo_bench::Compare("strings/" + operation, size, Contender{"orvo", orvo},
+                      peers...);
 }
 
 std::string Repeat(std::string_view pattern, std::size_t size) {
@@ -70,15 +45,23 @@ std::string Repeat(std::string_view pattern, std::size_t size) {
   return text;
 }
 
+std::string StdStrip(const std::string& text) {
+  constexpr char kSpace[] = " \t\n\v\f\r";
+  const std::size_t first = text.find_first_not_of(kSpace);
+  if (first == std::string::npos) return {};
+  return text.substr(first, text.find_last_not_of(kSpace) + 1 - first);
+}
+
 void AddTrimming() {
   for (const std::size_t size : {8u, 64u, 4096u}) {
     const auto* text = Keep("  " + Repeat("word ", size - 5) + "x  ");
     Compare(
         "strip", size, [=] { return orvo::strip(*text); },
-        Candidate{
+        Contender{
             "absl",
             [=] { return std::string(absl::StripAsciiWhitespace(*text)); }},
-        Candidate{"limit",
+        Contender{"std", [=] { return StdStrip(*text); }},
+        Contender{"limit",
                   [=] { return std::string(text->data() + 2, size - 4); }});
   }
 }
@@ -95,13 +78,18 @@ void AddLetterCase() {
     };
     Compare(
         "to_lower", size, [=] { return orvo::to_lower(*text); },
-        Candidate{"absl", [=] { return absl::AsciiStrToLower(*text); }},
-        Candidate{"std", [=] { return change(std::tolower); }});
+        Contender{"absl", [=] { return absl::AsciiStrToLower(*text); }},
+        Contender{"std", [=] { return change(std::tolower); }});
     Compare(
         "to_upper", size, [=] { return orvo::to_upper(*text); },
-        Candidate{"absl", [=] { return absl::AsciiStrToUpper(*text); }},
-        Candidate{"std", [=] { return change(std::toupper); }});
+        Contender{"absl", [=] { return absl::AsciiStrToUpper(*text); }},
+        Contender{"std", [=] { return change(std::toupper); }});
   }
+}
+
+bool StdEndswith(const std::string& text, const std::string& suffix) {
+  return text.size() >= suffix.size() &&
+         text.compare(text.size() - suffix.size(), suffix.size(), suffix) == 0;
 }
 
 void AddEndswith() {
@@ -111,10 +99,12 @@ void AddEndswith() {
     const auto* other = Keep<std::string>(".cpp");
     Compare(
         "endswith", size, [=] { return orvo::endswith(*text, *suffix); },
-        Candidate{"absl", [=] { return absl::EndsWith(*text, *suffix); }});
+        Contender{"absl", [=] { return absl::EndsWith(*text, *suffix); }},
+        Contender{"std", [=] { return StdEndswith(*text, *suffix); }});
     Compare(
         "endswith_not", size, [=] { return orvo::endswith(*text, *other); },
-        Candidate{"absl", [=] { return absl::EndsWith(*text, *other); }});
+        Contender{"absl", [=] { return absl::EndsWith(*text, *other); }},
+        Contender{"std", [=] { return StdEndswith(*text, *other); }});
   }
 }
 
@@ -126,10 +116,10 @@ void AddQuestion(const char* operation, std::string_view pattern,
     auto* text = Keep(Repeat(pattern, size));
     Compare(
         operation, size, [=] { return orvo(*text); },
-        Candidate{
+        Contender{
             "absl",
             [=] { return std::all_of(text->begin(), text->end(), is_member); }},
-        Candidate{"std", [=] {
+        Contender{"std", [=] {
                     return std::all_of(text->begin(), text->end(), [=](char c) {
                       return std_is_member(static_cast<unsigned char>(c)) != 0;
                     });
@@ -186,16 +176,16 @@ void AddNumbers() {
     const std::string_view digits = orvo::strip(std::string_view(*text));
     Compare(
         "is_integer", size, [=] { return orvo::StringIsInteger(*text); },
-        Candidate{"absl", [=] { return AbslIsInteger(*text); }});
+        Contender{"absl", [=] { return AbslIsInteger(*text); }});
     Compare(
         "to_int", size, [=] { return orvo::StringToNumber<int>(*text); },
-        Candidate{"absl", [=] { return Atoi(*text); }},
-        Candidate{"strtol", [=] { return Strtol(*text); }},
-        Candidate{"limit", [=] { return FromChars(digits); }});
+        Contender{"absl", [=] { return Atoi(*text); }},
+        Contender{"strtol", [=] { return Strtol(*text); }},
+        Contender{"limit", [=] { return FromChars(digits); }});
     Compare(
         "to_int_checked", size, [=] { return CheckedOrvo(*text); },
-        Candidate{"absl", [=] { return Atoi(*text); }},
-        Candidate{"limit", [=] { return FromChars(digits); }});
+        Contender{"absl", [=] { return Atoi(*text); }},
+        Contender{"limit", [=] { return FromChars(digits); }});
   }
   for (const char* number : {"1.5", " 12345.75 ", "-123456789.25"}) {
     const auto* text = Keep<std::string>(number);
@@ -203,12 +193,12 @@ void AddNumbers() {
     const std::string_view digits = orvo::strip(std::string_view(*text));
     Compare(
         "is_float", size, [=] { return orvo::StringIsFloat(*text); },
-        Candidate{"absl", [=] { return AbslIsFloat(*text); }});
+        Contender{"absl", [=] { return AbslIsFloat(*text); }});
     Compare(
         "to_int_from_float", size, [=] { return CheckedOrvo(*text); },
-        Candidate{"absl", [=] { return Atod(*text); }},
-        Candidate{"strtol", [=] { return Strtol(*text); }},
-        Candidate{"limit", [=] { return FromChars(digits); }});
+        Contender{"absl", [=] { return Atod(*text); }},
+        Contender{"strtol", [=] { return Strtol(*text); }},
+        Contender{"limit", [=] { return FromChars(digits); }});
   }
 }
 
@@ -218,6 +208,19 @@ Texts MakeWords(std::size_t count, std::size_t longest) {
     words.push_back(Repeat("abcdefghij", 1 + (i * 7) % longest));
   }
   return words;
+}
+
+Texts StdSplit(const std::string& text, char separator, std::size_t limit) {
+  Texts parts;
+  std::size_t start = 0;
+  std::size_t end = text.find(separator);
+  while (end != std::string::npos && parts.size() < limit) {
+    parts.emplace_back(text, start, end - start);
+    start = end + 1;
+    end = text.find(separator, start);
+  }
+  parts.emplace_back(text, start);
+  return parts;
 }
 
 // All the cuts are known beforehand.
@@ -236,8 +239,9 @@ void AddSplitting(const char* operation, std::size_t longest) {
     const auto* parts = Keep(Pieces(absl::StrSplit(*text, '/')));
     Compare(
         operation, count, [=] { return orvo::SplitString(*text, '/', -1); },
-        Candidate{"absl", [=] { return Texts(absl::StrSplit(*text, '/')); }},
-        Candidate{"limit", [=] { return CopyParts(*parts); }});
+        Contender{"absl", [=] { return Texts(absl::StrSplit(*text, '/')); }},
+        Contender{"std", [=] { return StdSplit(*text, '/', text->size()); }},
+        Contender{"limit", [=] { return CopyParts(*parts); }});
   }
 }
 
@@ -248,13 +252,23 @@ void AddSplittingOnce() {
         Keep(Pieces(absl::StrSplit(*text, absl::MaxSplits('/', 1))));
     Compare(
         "split_max1", count, [=] { return orvo::SplitString(*text, '/', 1); },
-        Candidate{"absl",
+        Contender{"absl",
                   [=] {
                     return Texts(
                         absl::StrSplit(*text, absl::MaxSplits('/', 1)));
                   }},
-        Candidate{"limit", [=] { return CopyParts(*parts); }});
+        Contender{"std", [=] { return StdSplit(*text, '/', 1); }},
+        Contender{"limit", [=] { return CopyParts(*parts); }});
   }
+}
+
+std::string StdJoin(const Texts& items, std::string_view separator) {
+  std::string text;
+  for (const std::string& item : items) {
+    if (&item != &items.front()) text += separator;
+    text += item;
+  }
+  return text;
 }
 
 void AddJoining(const std::string& suffix, std::size_t longest) {
@@ -264,11 +278,13 @@ void AddJoining(const std::string& suffix, std::size_t longest) {
     Compare(
         "join" + suffix, count,
         [=] { return orvo::JoinString(*items, *separator); },
-        Candidate{"absl", [=] { return absl::StrJoin(*items, *separator); }});
+        Contender{"absl", [=] { return absl::StrJoin(*items, *separator); }},
+        Contender{"std", [=] { return StdJoin(*items, *separator); }});
     Compare(
         "join_char" + suffix, count,
         [=] { return orvo::JoinString(items->begin(), items->end(), '/'); },
-        Candidate{"absl", [=] { return absl::StrJoin(*items, "/"); }});
+        Contender{"absl", [=] { return absl::StrJoin(*items, "/"); }},
+        Contender{"std", [=] { return StdJoin(*items, "/"); }});
   }
 }
 
@@ -310,7 +326,7 @@ void AddTokenizing() {
     Compare(
         "tokenize", count,
         [=] { return orvo::tokenize_string((*plus)[0], *one); },
-        Candidate{"absl", [=] { return AbslTokenize(*plus, *one); }});
+        Contender{"absl", [=] { return AbslTokenize(*plus, *one); }});
 
     std::string text;
     for (std::size_t i = 0; i < count; ++i) {
@@ -323,7 +339,7 @@ void AddTokenizing() {
         [=] {
           return orvo::tokenize_string(tokens->begin(), tokens->end(), *three);
         },
-        Candidate{"absl", [=] { return AbslTokenize(*tokens, *three); }});
+        Contender{"absl", [=] { return AbslTokenize(*tokens, *three); }});
   }
 }
 
@@ -357,7 +373,7 @@ void AddWrapping() {
     Compare(
         "format_paragraph", count,
         [=] { return orvo::format_paragraph(*text, 4, 72); },
-        Candidate{"absl", [=] { return AbslFormat(*text, 4, 72); }});
+        Contender{"absl", [=] { return AbslFormat(*text, 4, 72); }});
   }
 }
 

@@ -10,6 +10,7 @@
 #include <string>
 #include <thread>
 
+#include "bench/compare.h"
 #include "orvo/thread_names.h"
 
 namespace {
@@ -71,7 +72,7 @@ void Register(const std::string& name, Operation operation) {
     for (auto _ : state) operation();
   };
   benchmark::RegisterBenchmark(name.c_str(), run);
-  benchmark::RegisterBenchmark(name.c_str(), run)->Threads(2);
+  orvo_bench::OnTwoThreads(benchmark::RegisterBenchmark(name.c_str(), run));
 }
 
 template <typename Registry>
@@ -108,7 +109,7 @@ void RegisterSetter(const std::string& who, std::size_t size) {
 }
 
 [[maybe_unused]] const bool registered = [] {
-  for (const std::size_t size : {8U, 64U}) {
+  for (const std::size_t size : {8U, 64U, 1000U}) {
     RegisterOperations<orvo::ThreadNames>("orvo", size);
     RegisterOperations<MutexAroundMap>("std", size);
     RegisterOperations<BareMutex>("limit", size);

@@ -1,6 +1,6 @@
 // Whole messages beside a synchronised stream, spdlog and POCO. The measured
-// output goes to /dev/null and the report to the standard error stream; with
-// the argument "redirected" the stream writes to a file buffer instead.
+// output goes to /dev/null: through the standard output, or in the program
+// redirected_bench through a file buffer.
 #include <Poco/AutoPtr.h>
 #include <Poco/ConsoleChannel.h>
 #include <Poco/Message.h>
@@ -10,15 +10,16 @@
 #include <spdlog/spdlog.h>
 #include <unistd.h>
 
-#include <cstdio>
+#include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <mutex>
 #include <sstream>
 #include <string>
-#include <string_view>
 #include <syncstream>
+#include <vector>
 
+#include "bench/compare.h"
 #include "orvo/format.h"
 #include "orvo/operation_log.h"
 #include "orvo/thread_safe_ostream.h"
@@ -54,7 +55,7 @@ void PocoMessage(const std::string& text, int number) {
 std::mutex limit_mutex;
 
 // One write and one flush of a finished text, each under the mutex.
-void Write(const std::string& text) {
+void WriteWhole(const std::string& text) {
   {
     const std::lock_guard<std::mutex> guard(limit_mutex);
     std::cout << text;
@@ -64,7 +65,7 @@ void Write(const std::string& text) {
 }
 
 void LimitMessage(const std::string& text, int number) {
-  Write(text + std::to_string(number) + "\n");
+  WriteWhole(text + std::to_string(number) + "\n");
 }
 
 void OrvoCompose(const std::string& text, int number) {
@@ -100,53 +101,78 @@ void SpdlogLogAttempt(const std::string& text, int number) {
 }
 
 void LimitLogAttempt(const std::string& text, int number) {
-  Write(orvo::format("[DEBUG] %s line %d: %s.\n", "src/file.cpp", number,
-                     text.c_str()));
+  WriteWhole(orvo::format("[DEBUG] %s line %d: %s.\n", "src/file.cpp", number,
+                          text.c_str()));
 }
 
-template <void (*write)(const std::string&, int)>
-void Message(benchmark::State& state) {
-  const std::string text(static_cast<std::size_t>(state.range()), 'x');
+using Write = void (*)(const std::string&, int);
+
+struct Contender {
+  const char* who;
+  Write write;
+};
+
+void Message(benchmark::State& state, Write write) {
+  // A capital, as the logs begin a sentence.
+  const std::string text(static_cast<std::size_t>(state.range()), 'X');
   for (auto _ : state) write(text, 7);
 }
 
-template <void (*write)(const std::string&, int)>
-void Register(const std::string& operation, const std::string& who) {
-  const std::string name = operation + "/" + who;
-  const auto sizes = [](benchmark::internal::Benchmark* made) {
-    for (const int size : {20, 200, 4000}) made->Arg(size);
-  };
-  benchmark::RegisterBenchmark(name.c_str(), Message<write>)->Apply(sizes);
-  benchmark::RegisterBenchmark((name + "_on_2_threads").c_str(), Message<write>)
-      ->Apply(sizes)
-      ->Threads(2);
+// What reaches the standard stream.
+std::string Written(Write write) {
+  std::ostringstream captured;
+  std::streambuf* const own = std::cout.rdbuf(captured.rdbuf());
+  write("Text", 7);
+  std::cout.rdbuf(own);
+  return captured.str();
 }
+
+// Registers an operation on one thread, and on two that share the stream.
+void Register(const std::string& operation, int threads,
+              const std::vector<Contender>& contenders) {
+  const std::string expected = Written(contenders.front().write);
+  for (const Contender& contender : contenders) {
+    const std::string name = operation + "/" + contender.who;
+    if (Written(contender.write) != expected) {
+      std::cerr << name << " writes another text\n";
+      std::exit(1);
+    }
+    auto* const made =
+        benchmark::RegisterBenchmark(name.c_str(), Message, contender.write)
+            ->ArgsProduct({{20, 200, 4000}});
+    if (threads == 2) orvo_bench::OnTwoThreads(made);
+  }
+}
+
+#ifdef ORVO_BENCH_REDIRECTED
+constexpr bool kRedirected = true;
+#else
+constexpr bool kRedirected = false;
+#endif
+
+const bool registered = [] {
+  const std::string family = kRedirected ? "redirected/" : "output/";
+  if (kRedirected) {
+    orvo::RedirectCout("/dev/null");
+  } else {
+    dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDOUT_FILENO);
+    Register(
+        family + "compose", 1,
+        {{"orvo", OrvoCompose}, {"std", StdCompose}, {"limit", LimitCompose}});
+  }
+  for (const int threads : {1, 2}) {
+    Register(family + "message", threads,
+             {{"orvo", OrvoMessage},
+              {"std", StdMessage},
+              {"spdlog", SpdlogMessage},
+              {"poco", PocoMessage},
+              {"limit", LimitMessage}});
+    Register(family + "log_attempt", threads,
+             {{"orvo", OrvoLogAttempt},
+              {"spdlog", SpdlogLogAttempt},
+              {"limit", LimitLogAttempt}});
+  }
+  return true;
+}();
 
 }  // namespace
-
-int main(int argc, char** argv) {
-  const bool redirected = argc > 1 && std::string_view(argv[1]) == "redirected";
-  dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDOUT_FILENO);
-  if (redirected) orvo::RedirectCout("/dev/null");
-
-  const std::string family = redirected ? "redirected/" : "output/";
-  Register<OrvoMessage>(family + "message", "orvo");
-  Register<StdMessage>(family + "message", "std");
-  Register<SpdlogMessage>(family + "message", "spdlog");
-  Register<PocoMessage>(family + "message", "poco");
-  Register<LimitMessage>(family + "message", "limit");
-  Register<OrvoLogAttempt>(family + "log_attempt", "orvo");
-  Register<SpdlogLogAttempt>(family + "log_attempt", "spdlog");
-  Register<LimitLogAttempt>(family + "log_attempt", "limit");
-  if (!redirected) {
-    Register<OrvoCompose>(family + "compose", "orvo");
-    Register<StdCompose>(family + "compose", "std");
-    Register<LimitCompose>(family + "compose", "limit");
-  }
-
-  benchmark::Initialize(&argc, argv);
-  benchmark::ConsoleReporter reporter;
-  reporter.SetOutputStream(&std::cerr);
-  reporter.SetErrorStream(&std::cerr);
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-}

@@ -19,6 +19,7 @@
 #include <thread>
 #include <utility>
 
+#include "bench/compare.h"
 #include "orvo/time_value.h"
 
 namespace {
@@ -30,6 +31,7 @@ using std::chrono::nanoseconds;
 constexpr long long kCount = 1794777596123456789;
 constexpr std::time_t kSeconds = 1794777596;
 
+// Registers a call of which each result is another one.
 template <typename Way>
 benchmark::internal::Benchmark* RegisterCall(const std::string& name, Way way) {
   return benchmark::RegisterBenchmark(name.c_str(),
@@ -71,10 +73,9 @@ std::string Strftime(std::time_t seconds, const char* layout) {
 
 void RegisterClock() {
   for (const int threads : {1, 2}) {
-    const std::string name =
-        threads == 1 ? "time/now/" : "time/now_on_2_threads/";
-    const auto add = [&](const char* who, auto way) {
-      RegisterCall(name + who, way)->Threads(threads);
+    const auto add = [&](const std::string& who, auto way) {
+      auto* const made = RegisterCall("time/now/" + who, way);
+      if (threads == 2) orvo_bench::OnTwoThreads(made);
     };
     add("orvo", [] { return TimeValue::GetNow(); });
     add("absl", [] { return absl::Now(); });
@@ -252,10 +253,9 @@ void RegisterCalendar() {
     return fields.tm_sec;
   };
   for (const int threads : {1, 2}) {
-    const std::string name =
-        threads == 1 ? "time/gmtime/" : "time/gmtime_on_2_threads/";
-    const auto add = [&](const char* who, auto way) {
-      RegisterCall(name + who, way)->Threads(threads);
+    const auto add = [&](const std::string& who, auto way) {
+      auto* const made = RegisterCall("time/gmtime/" + who, way);
+      if (threads == 2) orvo_bench::OnTwoThreads(made);
     };
     add("orvo", [] {
       std::tm fields{};
@@ -338,15 +338,15 @@ void RegisterSleeps() {
     RegisterCall("time/sleep/orvo" + tail, [milliseconds] {
       orvo::Sleep(milliseconds);
       return 0;
-    });
+    })->UseRealTime();
     RegisterCall("time/sleep/std" + tail, [milliseconds] {
       std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
       return 0;
-    });
+    })->UseRealTime();
     RegisterCall("time/sleep/limit" + tail, [milliseconds] {
       timespec request{0, milliseconds * 1000000L};
       return nanosleep(&request, &request);
-    });
+    })->UseRealTime();
   }
 }
 

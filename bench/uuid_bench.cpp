@@ -1,4 +1,5 @@
-// UUIDs beside POCO, libuuid, and the least work that yields the same result.
+// UUIDs beside Boost, POCO, libuuid, and the least work that yields the same
+// result.
 
 #include <Poco/UUID.h>
 #include <benchmark/benchmark.h>
@@ -6,6 +7,9 @@
 
 #include <algorithm>
 #include <array>
+#include <boost/uuid/string_generator.hpp>
+#include <boost/uuid/uuid.hpp>
+#include <boost/uuid/uuid_io.hpp>
 #include <cstring>
 #include <sstream>
 #include <string>
@@ -84,35 +88,48 @@ Bytes ParseWithTable(const std::string& uuid) {
 void AddText() {
   static const orvo::UUID uuid(kBytes.data());
   static const Poco::UUID poco = MakePocoUuid();
-  Compare("binary/uuid_print", 36,
-          Contender{"orvo", [] { return uuid.uuid_string(); }},
-          Contender{"poco", [] { return poco.toString(); }},
-          Contender{"libuuid",
-                    [] {
-                      char result[37];
-                      uuid_unparse_lower(kBytes.data(), result);
-                      return std::string(result, 36);
-                    }},
-          Contender{"limit", [] { return PrintWithTable(kBytes); }});
-  Compare("binary/uuid_parse", 36,
-          Contender{"orvo", [] { return BytesOf(orvo::UUID(text)); }},
-          Contender{"poco", [] { return BytesOf(Poco::UUID(text)); }},
-          Contender{"libuuid",
-                    [] {
-                      Bytes bytes;
-                      uuid_parse(text.c_str(), bytes.data());
-                      return bytes;
-                    }},
-          Contender{"limit", [] { return ParseWithTable(text); }});
+  static const auto boost_uuid = boost::uuids::string_generator()(text);
+  Compare(
+      "binary/uuid_print", 36,
+      Contender{"orvo", [] { return uuid.uuid_string(); }},
+      Contender{"poco", [] { return poco.toString(); }},
+      Contender{"boost", [] { return boost::uuids::to_string(boost_uuid); }},
+      Contender{"libuuid",
+                [] {
+                  char result[37];
+                  uuid_unparse_lower(kBytes.data(), result);
+                  return std::string(result, 36);
+                }},
+      Contender{"limit", [] { return PrintWithTable(kBytes); }});
+  Compare(
+      "binary/uuid_parse", 36,
+      Contender{"orvo", [] { return BytesOf(orvo::UUID(text)); }},
+      Contender{"poco", [] { return BytesOf(Poco::UUID(text)); }},
+      Contender{"boost",
+                [] { return BytesOf(boost::uuids::string_generator()(text)); }},
+      Contender{"libuuid",
+                [] {
+                  Bytes bytes;
+                  uuid_parse(text.c_str(), bytes.data());
+                  return bytes;
+                }},
+      Contender{"limit", [] { return ParseWithTable(text); }});
 }
 
 void AddBytes() {
   static orvo::UUID uuids[] = {orvo::UUID(text), orvo::UUID(text)};
   static Poco::UUID pocos[] = {Poco::UUID(text), Poco::UUID(text)};
+  static boost::uuids::uuid boosts[] = {boost::uuids::string_generator()(text),
+                                        boost::uuids::string_generator()(text)};
   static Bytes bytes[] = {kBytes, kBytes};
+  benchmark::DoNotOptimize(&uuids);
+  benchmark::DoNotOptimize(&pocos);
+  benchmark::DoNotOptimize(&boosts);
+  benchmark::DoNotOptimize(&bytes);
   Compare("binary/uuid_equal", 16,
           Contender{"orvo", [] { return uuids[0] == uuids[1]; }},
           Contender{"poco", [] { return pocos[0] == pocos[1]; }},
+          Contender{"boost", [] { return boosts[0] == boosts[1]; }},
           Contender{"limit",
                     [] { return std::memcmp(&bytes[0], &bytes[1], 16) == 0; }});
 
@@ -165,12 +182,11 @@ void AddStreams() {
                     }});
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+const bool registered = [] {
   AddText();
   AddBytes();
   AddStreams();
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-}
+  return true;
+}();
+
+}  // namespace

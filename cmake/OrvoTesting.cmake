@@ -1,7 +1,14 @@
 # What the tests need: GoogleTest, the test support library, and a function per
 # kind of test.
-find_package(GTest REQUIRED)
-
+if(CMAKE_CXX_FLAGS MATCHES "-stdlib=libc\\+\\+")
+  # Debian's GoogleTest is built for the other standard library; its sources
+  # are for any.
+  set(INSTALL_GTEST OFF)
+  add_subdirectory(/usr/src/googletest googletest EXCLUDE_FROM_ALL SYSTEM)
+  set_target_properties(gtest gtest_main gmock gmock_main PROPERTIES COMPILE_WARNING_AS_ERROR OFF)
+else()
+  find_package(GTest REQUIRED)
+endif()
 
 # Compiles tests/support/interpose/FUNCTION.cpp once for all who contain it.
 function(orvo_add_interposer function)
@@ -37,7 +44,8 @@ function(orvo_add_test name)
   orvo_set_warnings(${target})
   # GoogleTest's own macros are called with nothing behind the last comma.
   target_compile_options(${target} PRIVATE
-    $<$<CXX_COMPILER_ID:Clang>:-Wno-gnu-zero-variadic-macro-arguments>)
+    $<$<CXX_COMPILER_ID:Clang>:-Wno-gnu-zero-variadic-macro-arguments>
+    $<$<AND:$<CXX_COMPILER_ID:Clang>,$<VERSION_GREATER_EQUAL:$<CXX_COMPILER_VERSION>,19>>:-Wno-c++20-extensions>)
   target_link_libraries(${target} PRIVATE
     orvo_test_support orvo::orvo ${ARG_LIBRARIES} GTest::gmock_main)
   target_precompile_headers(${target} REUSE_FROM orvo_test_support)
@@ -60,4 +68,17 @@ function(orvo_add_program name)
     CXX_EXTENSIONS OFF
     OUTPUT_NAME ${name}
     RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests/programs)
+endfunction()
+
+# orvo_add_plugin(NAME SOURCE): builds a module that tests load, which find it as
+# orvo_test::ProgramPath("NAME.so").
+function(orvo_add_plugin name source)
+  add_library(${name} MODULE ${source})
+  orvo_set_warnings(${name})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+  target_link_libraries(${name} PRIVATE orvo::orvo)
+  set_target_properties(${name} PROPERTIES
+    CXX_EXTENSIONS OFF
+    PREFIX ""
+    LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests/programs)
 endfunction()

@@ -1,11 +1,10 @@
 // Prints a time, by default the current one, in every form of the library.
-#include <charconv>
+#include <cstdlib>
 #include <ctime>
 #include <functional>
 #include <iostream>
 #include <sstream>
 #include <string>
-#include <system_error>
 
 #include "orvo/format.h"
 #include "orvo/time_value.h"
@@ -14,10 +13,14 @@ namespace {
 
 // Whether the whole text is a number of seconds that a TimeValue can hold.
 bool ParseSeconds(const std::string& text, double* seconds) {
-  const char* const end = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), end, *seconds);
-  return result.ec == std::errc() && result.ptr == end &&
-         *seconds >= -9223372036.0 && *seconds <= 9223372036.0;
+  // Decimal digits only: std::strtod() would take blanks and names as well.
+  if (text.find_first_not_of("+-.0123456789Ee") != std::string::npos) {
+    return false;
+  }
+  char* end = nullptr;
+  *seconds = std::strtod(text.c_str(), &end);
+  return end != text.c_str() && *end == '\0' && *seconds >= -9223372036.0 &&
+         *seconds <= 9223372036.0;
 }
 
 std::string Written(const orvo::TimeValue& time) {

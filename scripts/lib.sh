@@ -50,7 +50,8 @@ need_build_tools() { need g++:g++ cmake:cmake ninja:ninja-build; }
 need_test_tools() {
   need_build_tools
   need /usr/include/gtest/gtest.h:libgtest-dev /usr/include/gmock/gmock.h:libgmock-dev \
-    pkg-config:pkg-config nm:binutils gdb:gdb
+    /usr/include/rapidcheck.h:librapidcheck-dev pkg-config:pkg-config nm:binutils \
+    gdb:gdb python3:python3
 }
 
 # build PRESET: configures and builds, silent unless something goes wrong.

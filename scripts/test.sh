@@ -5,4 +5,12 @@ set -eu
 . "$(dirname "$0")/lib.sh"
 
 need_test_tools
+case ${1:-} in
+  clang) need clang++:clang ;;
+  libcxx)
+    need clang++-19:clang-19 /usr/src/googletest/CMakeLists.txt:googletest \
+      /usr/lib/llvm-19/include/c++/v1/format:libc++-19-dev \
+      /usr/lib/llvm-19/lib/libc++abi.so:libc++abi-19-dev
+    ;;
+esac
 run_tests "${1:-dev}"

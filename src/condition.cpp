@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <ctime>
+#include <mutex>
 #include <string>
 #include <typeinfo>
 
@@ -17,6 +18,14 @@ namespace {
 const std::string& ThisFile() {
   static const auto* const file = new std::string(__FILE__);
   return *file;
+}
+
+// Does what a DebugScopeLock does, but for the copies of the names, which would
+// cost more than the signal.
+std::unique_lock<OrvoLock> LockFrom(OrvoLock& lock, const char* function,
+                                    int line) {
+  lock.LockWithFilenameAndLineNumber(function, ThisFile(), line);
+  return std::unique_lock<OrvoLock>(lock, std::adopt_lock);
 }
 
 // Answers for a timed wait of this result.
@@ -68,7 +77,7 @@ Condition::~Condition() {
 }
 
 void Condition::Wait(OrvoLock& lock) {
-  const DebugScopeLock scope(lock, "Wait", ThisFile(), __LINE__);
+  const auto held = LockFrom(lock, "Wait", __LINE__);
   WaitWhileLocked(lock);
 }
 
@@ -78,7 +87,7 @@ void Condition::WaitWhileLocked(OrvoLock& lock) {
 }
 
 bool Condition::TimedWait(OrvoLock& lock, int seconds) {
-  const DebugScopeLock scope(lock, "TimedWait", ThisFile(), __LINE__);
+  const auto held = LockFrom(lock, "TimedWait", __LINE__);
   return TimedWaitWhileLocked(lock, seconds);
 }
 
@@ -91,12 +100,12 @@ bool Condition::TimedWaitWhileLocked(OrvoLock& lock, int seconds) {
 }
 
 void Condition::Signal(OrvoLock& lock) {
-  const DebugScopeLock scope(lock, "Signal", ThisFile(), __LINE__);
+  const auto held = LockFrom(lock, "Signal", __LINE__);
   SignalWhileLocked();
 }
 
 void Condition::Broadcast(OrvoLock& lock) {
-  const DebugScopeLock scope(lock, "Broadcast", ThisFile(), __LINE__);
+  const auto held = LockFrom(lock, "Broadcast", __LINE__);
   BroadcastWhileLocked();
 }
 

@@ -121,6 +121,10 @@ DebugRLock::DebugRLock(const std::string& name)
 DebugRLock::DebugRLock(std::unique_ptr<DebugRLockImpl_> impl)
     : DebugLock(std::move(impl)) {}
 
+DebugRLock::DebugRLock(DebugRLock&& other) noexcept = default;
+DebugRLock& DebugRLock::operator=(DebugRLock&& other) noexcept = default;
+DebugRLock::~DebugRLock() = default;
+
 void DebugRLock::lock() {
   impl_->lock();
 }

@@ -4,20 +4,16 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <iostream>
 #include <mutex>
 #include <string_view>
+
+#include "internal/standard_output.h"
 
 namespace orvo {
 namespace {
 
 std::mutex log_mutex;
 std::string threadExceptionLogPath;
-
-void WriteToStdout(const std::string& text) {
-  std::cout.write(text.data(), static_cast<std::streamsize>(text.size()));
-  std::cout.flush();
-}
 
 int OpenForAppending(const std::string& path) {
   int descriptor = -1;
@@ -49,14 +45,15 @@ void SetThreadExceptionLogPath(const std::string& path) {
 void LogException(const std::string& message, const std::string& file,
                   int line) {
   const std::lock_guard<std::mutex> guard(log_mutex);
-  WriteToStdout("LogException(" + message + ")\n");
+  internal::StandardOutput::Write("LogException(" + message + ")\n");
 
   const std::string record =
       "\n" + file + " line " + std::to_string(line) + ": " + message + "\n";
   const int descriptor = OpenForAppending(threadExceptionLogPath);
   if (descriptor < 0) {
-    WriteToStdout("Unable to write to threadExceptionLogPath: " +
-                  threadExceptionLogPath + record);
+    internal::StandardOutput::Write(
+        "Unable to write to threadExceptionLogPath: " + threadExceptionLogPath +
+        record);
     return;
   }
   WriteWhole(descriptor, record);

@@ -1,6 +1,7 @@
 #include "orvo/id3.h"
 
 #include <algorithm>
+#include <cstring>
 #include <ios>
 #include <istream>
 #include <string_view>
@@ -19,12 +20,21 @@ std::uint32_t FromBigEndian(const unsigned char* bytes) {
          std::uint32_t{bytes[2]} << 8 | std::uint32_t{bytes[3]};
 }
 
+constexpr std::uint32_t kHeaderSize = sizeof(FrameHeader);
+
 void ReadBytes(std::istream& stream, void* bytes, std::streamsize size) {
   stream.read(static_cast<char*>(bytes), size);
 }
 
 bool IsComment(const FrameHeader& header) {
   return std::string_view(header.identifier, 4) == "COMM";
+}
+
+constexpr std::uint32_t kNear = 4096;
+
+// Whether the stream has this little count of bytes in its buffer, and more.
+bool IsNear(std::istream& stream, std::uint32_t count) {
+  return count <= kNear && stream.good() && count < stream.rdbuf()->in_avail();
 }
 
 // A seek would make a file stream drop its buffer, which mostly holds what
@@ -34,13 +44,38 @@ bool IsComment(const FrameHeader& header) {
 //
 // Returns whether the stream has simply moved on by this count.
 bool SkipForward(std::istream& stream, std::uint32_t count) {
-  constexpr std::uint32_t kNear = 4096;
-  if (count <= kNear && stream.good() && count < stream.rdbuf()->in_avail()) {
+  if (IsNear(stream, count)) {
     stream.ignore(count);
     return true;
   }
   stream.seekg(count, std::ios_base::cur);
   return false;
+}
+
+// Reads on while a frame is none to look at, its body and the next header in
+// one piece. `position` and the result are those of the stream.
+std::streamoff PassOthers(std::istream& stream, std::streamoff end,
+                          std::streamoff position, FrameHeader* header) {
+  char piece[kNear];
+  for (;;) {
+    const std::uint32_t size = header->size();
+    const std::uint32_t with_next = size + kHeaderSize;
+    if (IsComment(*header) || position + size > end ||
+        !IsNear(stream, with_next)) {
+      return position;
+    }
+    stream.read(piece, with_next);
+    std::memcpy(header, piece + size, kHeaderSize);
+    position += with_next;
+  }
+}
+
+// Takes the zero as well. Not with std::getline(), which keeps it to itself
+// when memory runs out.
+void ReadUntilZero(std::istream& stream, std::string* text) {
+  for (int next = stream.get(); next > 0; next = stream.get()) {
+    text->push_back(static_cast<char>(next));
+  }
 }
 
 // Piece by piece: the count may promise more than the stream holds.
@@ -125,7 +160,7 @@ bool COMMFrame::ReadBody_(std::istream& stream) {
   std::copy(start + 1, start + 4, language);
   if (encoding != 0) return false;
 
-  std::getline(stream, description, '\0');
+  ReadUntilZero(stream, &description);
   const std::size_t before_text = sizeof start + description.size() + 1;
   AppendBytes(
       stream,
@@ -152,16 +187,17 @@ std::string get_comm(std::istream& stream) {
   std::streamoff position = stream.tellg();
   // A stream that has failed, or that cannot seek, has no position.
   while (position >= 0 && position <= end) {
-    const FrameHeader header(stream);
+    FrameHeader header(stream);
+    position = PassOthers(stream, end, position + kHeaderSize, &header);
     if (IsComment(header)) {
       COMMFrame frame(header);
       if (frame.ReadBody_(stream)) return std::move(frame.text);
       position = stream.tellg();
       continue;
     }
-    const std::uint32_t size = FromBigEndian(header.size_bytes);
+    const std::uint32_t size = header.size();
     if (SkipForward(stream, size)) {
-      position += std::streamoff{sizeof header} + size;
+      position += size;
     } else {
       position = stream.tellg();
     }

@@ -185,6 +185,10 @@ RLock::RLock(const std::string& name)
 
 RLock::RLock(std::unique_ptr<LockImpl_> impl) : Lock(std::move(impl)) {}
 
+RLock::RLock(RLock&& other) noexcept = default;
+RLock& RLock::operator=(RLock&& other) noexcept = default;
+RLock::~RLock() = default;
+
 int RLock::count() {
   return impl_->count();
 }

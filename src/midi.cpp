@@ -68,12 +68,6 @@ std::optional<int> ReadShortOctave(std::string_view text) {
   return std::nullopt;
 }
 
-// Nearly every octave is short, which needs no copy of the text.
-int OctaveOf(std::string_view text) {
-  if (const std::optional<int> octave = ReadShortOctave(text)) return *octave;
-  return GetOctaveFromString(std::string(text));
-}
-
 // Where a name goes on behind its letter and any accidentals.
 std::size_t StartOfOctave(std::string_view name) {
   std::size_t start = 1;
@@ -87,6 +81,23 @@ unsigned char ToIndex(int octave, unsigned char base, int offset) {
       (static_cast<unsigned>(octave) - static_cast<unsigned>(kOctaveOffset)) *
           kNotesPerOctave +
       base + static_cast<unsigned>(offset));
+}
+
+// Reads what nearly every name is made of: a letter, at most one sharp or flat,
+// and a short octave. Relies on the NUL behind the name.
+std::optional<unsigned char> ReadUsualName(const std::string& name) {
+  const char* next = name.data();
+  const unsigned char base = BaseNoteIndex(*next++);
+  if (base == kNoLetter) return std::nullopt;
+  const int offset = (*next == '#') - (*next == 'b');
+  next += offset != 0;
+  const bool negative = *next == '-';
+  next += negative;
+  if (!internal::IsDigit(*next) || next + 1 != name.data() + name.size()) {
+    return std::nullopt;
+  }
+  const int octave = *next - '0';
+  return ToIndex(negative ? -octave : octave, base, offset);
 }
 
 constexpr std::string_view SpellingOf(int index, const Spellings& spellings) {
@@ -161,6 +172,8 @@ int GetOctaveFromString(const std::string& text) {
 }
 
 unsigned char GetNoteIndex(const std::string& name) {
+  if (const auto index = ReadUsualName(name)) return *index;
+
   const std::string_view text = name;
   const unsigned char base = CheckedBaseNoteIndex(text.substr(0, 1));
   if (text.size() < 2) return base;
@@ -168,8 +181,9 @@ unsigned char GetNoteIndex(const std::string& name) {
   const std::size_t octave_start = StartOfOctave(text);
   const int offset =
       octave_start == 1 ? 0 : OffsetOf(text.substr(1, octave_start - 1));
-  const int octave =
-      octave_start == text.size() ? 0 : OctaveOf(text.substr(octave_start));
+  const int octave = octave_start == text.size()
+                         ? 0
+                         : GetOctaveFromString(name.substr(octave_start));
   return ToIndex(octave, base, offset);
 }
 

@@ -7,9 +7,11 @@
 #include <cassert>
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string_view>
 
+#include "internal/words.h"
 #include "orvo/errors.h"
 #include "orvo/format.h"
 #include "orvo/numeric_string.h"
@@ -17,10 +19,26 @@
 namespace orvo::path {
 namespace {
 
-// Characters that are looked at all at once, as vectors.
+// Characters that are looked at all at once.
 constexpr std::size_t kBlock = 16;
 
-// Whether one of these characters is a slash that a slash follows.
+// The top bit of each byte that is not a slash.
+std::uint64_t OthersThanSlashes(const char* block) {
+  const std::uint64_t zero_if_slash =
+      internal::LoadWord(block) ^ internal::InEachByte('/');
+  // No sum of two bytes carries into the next one.
+  constexpr std::uint64_t kLowBits = ~internal::kTopBits;
+  return zero_if_slash | ((zero_if_slash & kLowBits) + kLowBits);
+}
+
+// The top bit of each of the eight characters that is a slash and has one
+// behind it.
+std::uint64_t DoubledSlashes(const char* block) {
+  return ~(OthersThanSlashes(block) | OthersThanSlashes(block + 1)) &
+         internal::kTopBits;
+}
+
+// The same for sixteen, as vectors: only whether there is one.
 bool HasDoubledSlash(const char* block) {
   unsigned char doubled = 0;
   for (std::size_t i = 0; i < kBlock; ++i) {
@@ -32,15 +50,17 @@ bool HasDoubledSlash(const char* block) {
 
 // The place of the first two slashes in a row, or npos.
 std::size_t FindDoubledSlash(std::string_view text) {
+  if (text.size() <= internal::kWordSize) return text.find("//");
+  const char* const data = text.data();
   std::size_t i = 0;
-  while (i + kBlock < text.size() && !HasDoubledSlash(&text[i])) i += kBlock;
-  // Every second character will do: a pair holds one of them.
-  for (++i; i < text.size(); i += 2) {
-    if (text[i] != '/') continue;
-    if (text[i - 1] == '/') return i - 1;
-    if (i + 1 < text.size() && text[i + 1] == '/') return i;
+  while (text.size() - i > kBlock && !HasDoubledSlash(data + i)) i += kBlock;
+  // The last word overlaps what comes before it.
+  const std::size_t last = text.size() - internal::kWordSize - 1;
+  for (i = std::min(i, last);; i = std::min(i + internal::kWordSize, last)) {
+    const std::uint64_t doubled = DoubledSlashes(data + i);
+    if (doubled != 0) return i + internal::LeadingZeroBytes(doubled);
+    if (i == last) return std::string_view::npos;
   }
-  return std::string_view::npos;
 }
 
 // The components of a path, in place. They are found from the back: an empty
@@ -64,10 +84,28 @@ std::vector<std::string_view> FindComponents(std::string_view path) {
 // Whether the path is the start followed by a slash and further components,
 // none of them empty.
 bool IsBelow(std::string_view path, std::string_view start) {
-  if (path.substr(0, start.size()) != start) return false;
+  if (path.size() <= start.size() || path[start.size()] != '/') return false;
   const std::string_view rest = path.substr(start.size());
-  return !rest.empty() && rest.front() == '/' && rest.back() != '/' &&
+  return rest.back() != '/' && path.substr(0, start.size()) == start &&
          FindDoubledSlash(rest) == std::string_view::npos;
+}
+
+// Apart from its caller, whose usual case needs no lists: what follows the
+// start is the answer.
+[[gnu::noinline]] std::string RelpathByComponents(const std::string& path,
+                                                  const std::string& start) {
+  const std::vector<std::string_view> pathVector = FindComponents(path);
+  const std::vector<std::string_view> startVector = FindComponents(start);
+  if (pathVector.empty() || startVector.empty()) return path;
+  assert(!pathVector.empty());
+  assert(!startVector.empty());
+  if (pathVector.front() != startVector.front()) return path;
+  if (pathVector.size() < startVector.size()) return path;
+
+  const auto rest =
+      std::mismatch(startVector.begin(), startVector.end(), pathVector.begin())
+          .second;
+  return Join(rest, pathVector.end());
 }
 
 // Where the extension of the base name begins; the end of the path if it has
@@ -176,23 +214,12 @@ std::vector<std::string> split_to_vector(const std::string& path) {
 }
 
 std::string relpath(const std::string& path, const std::string& start) {
-  // The usual case needs no lists: what follows the start is the answer.
   if (IsBelow(path, start)) {
-    return std::string(std::string_view(path).substr(start.size() + 1));
+    return std::string(
+        path.begin() + static_cast<std::ptrdiff_t>(start.size() + 1),
+        path.end());
   }
-
-  const std::vector<std::string_view> pathVector = FindComponents(path);
-  const std::vector<std::string_view> startVector = FindComponents(start);
-  if (pathVector.empty() || startVector.empty()) return path;
-  assert(!pathVector.empty());
-  assert(!startVector.empty());
-  if (pathVector.front() != startVector.front()) return path;
-  if (pathVector.size() < startVector.size()) return path;
-
-  const auto rest =
-      std::mismatch(startVector.begin(), startVector.end(), pathVector.begin())
-          .second;
-  return Join(rest, pathVector.end());
+  return RelpathByComponents(path, start);
 }
 
 bool isfile(const std::string& path) {

@@ -9,7 +9,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <iostream>
 #include <iterator>
 #include <memory>
 #include <new>
@@ -18,6 +17,7 @@
 #include <utility>
 #include <vector>
 
+#include "internal/standard_output.h"
 #include "orvo/strings.h"
 #include "orvo/thread_safe_ostream.h"
 
@@ -71,8 +71,7 @@ void ReportLine(std::size_t tokens, std::string_view line) {
   std::string text =
       "frameLineNoSpaces.size() = " + std::to_string(tokens) + "\n";
   text.append(line).append("\n");
-  std::cout.write(text.data(), static_cast<std::streamsize>(text.size()));
-  std::cout.flush();
+  internal::StandardOutput::Write(text);
 }
 
 std::optional<std::uint64_t> ReadHex(std::string_view text) {
@@ -366,7 +365,7 @@ __attribute__((noinline)) std::list<std::string> GetStackTrace(int depth) {
   // The report names this line of this source, wherever it stands.
 #line 185
   assert(positionOfName < 140);
-#line 370
+#line 369
   if (next < trace.count) return {lines + 1, lines + trace.count};
   return table.Format();
 }

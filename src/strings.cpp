@@ -136,7 +136,8 @@ const char* FindSeparator(const char* start, const char* end, char separator) {
     constexpr std::uint64_t kLowBits = 0x7f7f7f7f7f7f7f7f;
     std::uint64_t bytes;
     std::memcpy(&bytes, start, sizeof bytes);
-    bytes ^= 0x0101010101010101 * static_cast<unsigned char>(separator);
+    bytes ^= std::uint64_t{0x0101010101010101} *
+             static_cast<unsigned char>(separator);
     // The highest bit of each byte that was a separator.
     const std::uint64_t found =
         ~(((bytes & kLowBits) + kLowBits) | bytes | kLowBits);

@@ -26,7 +26,13 @@ ThreadSafeOStream& ThreadSafeOStream::flush() {
 }
 
 void ThreadSafeOStream::redirect(const std::string& path) {
-  file_.open(path, std::ios_base::out);
+  try {
+    file_.open(path, std::ios_base::out);
+  } catch (...) {
+    // It may be open without a buffer, and could not be opened again.
+    file_.close();
+    throw;
+  }
   const std::lock_guard<std::mutex> guard(mutex_);
   saved_buffer_ = stream_->rdbuf(file_.rdbuf());
 }

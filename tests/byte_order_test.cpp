@@ -13,6 +13,8 @@
 #include <type_traits>
 #include <vector>
 
+#include "tests/support/standard_library.h"
+
 namespace {
 
 using orvo::HexStringToNumber;
@@ -236,6 +238,7 @@ void ExpectAllTextsAsFromStream(std::string_view alphabet, std::size_t size) {
 }
 
 TEST(HexStringToNumber, ReadsEveryShortTextAsAStreamDoes) {
+  ORVO_NEEDS_LIBSTDCXX();
   ExpectAllTextsAsFromStream("0xXf9g+- \t,.", 4);
   ExpectAllTextsAsFromStream("0x5-", 7);
   for (int byte = 0; byte < 256; ++byte) {
@@ -257,6 +260,7 @@ TEST(HexStringToNumber, ReadsTextsAroundTheLimitsAsAStreamDoes) {
 }
 
 TEST(HexStringToNumber, ReadsRandomTextsAsAStreamDoes) {
+  ORVO_NEEDS_LIBSTDCXX();
   SCOPED_TRACE(kSeed);
   std::mt19937 random(kSeed);
   constexpr std::string_view kAlphabet = "00xf1a-+ gFFfffff0000";

@@ -5,6 +5,7 @@
 
 #include "tests/support/capture.h"
 #include "tests/support/files.h"
+#include "tests/support/standard_library.h"
 
 namespace {
 
@@ -42,6 +43,7 @@ TEST(NaturalSort, LeavesTiedLinesInTheirOrder) {
 }
 
 TEST(NaturalSort, RefusesAFileThatCannotBeRead) {
+  ORVO_NEEDS_LIBSTDCXX();
   const orvo_test::TemporaryFolder folder;
   for (const std::string& path : {folder / "missing", folder.path()}) {
     SCOPED_TRACE(path);

@@ -5,6 +5,7 @@
 
 #include "tests/support/capture.h"
 #include "tests/support/files.h"
+#include "tests/support/standard_library.h"
 
 namespace {
 
@@ -66,6 +67,7 @@ TEST(WordCount, ReportsUnreadableFilesAndCountsTheOthers) {
 }
 
 TEST(WordCount, ReportsAFolder) {
+  ORVO_NEEDS_LIBSTDCXX();
   const TemporaryFolder folder;
   const ProgramResult result =
       RunProgram({ExamplePath("word_count"), folder.path()});

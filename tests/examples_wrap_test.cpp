@@ -6,6 +6,7 @@
 
 #include "tests/support/capture.h"
 #include "tests/support/files.h"
+#include "tests/support/standard_library.h"
 
 namespace {
 
@@ -43,6 +44,7 @@ TEST(WrapExample, ReadsAFile) {
 }
 
 TEST(WrapExample, ReportsABadArgumentInOneLine) {
+  ORVO_NEEDS_LIBSTDCXX();
   const struct {
     std::vector<std::string> arguments;
     const char* errors;

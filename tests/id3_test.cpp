@@ -11,6 +11,8 @@
 #include <functional>
 #include <ios>
 #include <iterator>
+#include <new>
+#include <random>
 #include <sstream>
 #include <string>
 #include <type_traits>
@@ -21,6 +23,7 @@
 #include "tests/support/files.h"
 #include "tests/support/id3_writer.h"
 #include "tests/support/interpose/calls.h"
+#include "tests/support/standard_library.h"
 
 namespace {
 
@@ -435,6 +438,17 @@ TEST(GetComm, AllocatesNothingBeyondItsResult) {
   EXPECT_EQ(text.size(), 100U);
 }
 
+TEST(GetComm, PassesOnThatMemoryRunsOut) {
+  const std::string tag =
+      Id3Tag(Id3Comment(std::string(100, 'd'), std::string(100, 't')));
+  for (long after = 0; after < 2; ++after) {
+    SCOPED_TRACE(after);
+    std::istringstream stream(tag);
+    const orvo_test::ScopedAllocationFailure failure(after, 1);
+    EXPECT_THROW(orvo::get_comm(stream), std::bad_alloc);
+  }
+}
+
 // How often get_comm() reads from a file that holds a large frame, and many
 // bytes behind it that no disk has to hold.
 int CountReads(std::size_t header_end, bool buffered) {
@@ -460,6 +474,7 @@ int CountReads(std::size_t header_end, bool buffered) {
 }
 
 TEST(GetComm, PassesALargeFrameWithoutReadingIt) {
+  ORVO_NEEDS_LIBSTDCXX();
   // A file stream's buffer is empty behind 8191 bytes.
   for (const std::size_t header_end : {8000U, 8190U, 8191U, 8192U}) {
     SCOPED_TRACE(header_end);
@@ -480,6 +495,69 @@ class PipeBuffer : public std::streambuf {
  private:
   std::string bytes_;
 };
+
+// The search, a frame at a time.
+std::string PlainGetComm(std::istream& stream) {
+  orvo::ID3Header tag;
+  stream.read(reinterpret_cast<char*>(&tag), sizeof tag);
+  const std::streamoff end =
+      std::min(std::streamoff{tag.get_size()} + 10, std::streamoff{10000});
+  for (;;) {
+    const std::streamoff position = stream.tellg();
+    if (position < 0 || position > end) return "";
+    try {
+      return orvo::COMMFrame(stream).text;
+    } catch (const NotACOMM&) {
+      continue;
+    }
+  }
+}
+
+// Frames of all kinds, also of sizes that they do not have.
+std::string RandomTag(std::mt19937& random) {
+  std::string frames;
+  while (random() % 40 != 0) {
+    const std::string body(random() % (random() % 8 == 0 ? 6000 : 40), 'b');
+    switch (random() % 12) {
+      case 0:
+        frames += Id3Comment("", "text", static_cast<char>(random() % 10 == 0));
+        break;
+      case 1:
+        frames += Id3Frame("TXXX", static_cast<std::uint32_t>(random()), body);
+        break;
+      case 2:
+        frames += std::string(random() % 30, '\0');
+        break;
+      default:
+        frames += Id3Frame(random() % 4 == 0 ? "COMX" : "TXXX", body);
+    }
+    if (random() % 20 == 0) frames.resize(random() % (frames.size() + 1));
+  }
+  const auto size = static_cast<std::uint32_t>(frames.size());
+  return Id3Tag(random() % 2 == 0 ? size : size / 2, frames);
+}
+
+TEST(GetComm, IsTheSearchFrameByFrameOverRandomTags) {
+  constexpr unsigned kSeed = 10000;
+  SCOPED_TRACE(testing::Message() << "seed " << kSeed);
+  std::mt19937 random(kSeed);  // NOLINT(cert-msc*): the same in every run
+  const orvo_test::TemporaryFolder folder;
+  for (int round = 0; round < 1000; ++round) {
+    SCOPED_TRACE(round);
+    const std::string tag = RandomTag(random);
+    std::istringstream plain(tag);
+    const std::string comment = PlainGetComm(plain);
+
+    std::istringstream stream(tag);
+    EXPECT_EQ(orvo::get_comm(stream), comment);
+    EXPECT_EQ(stream.tellg(), plain.tellg());
+    EXPECT_EQ(stream.rdstate(), plain.rdstate());
+
+    orvo_test::WriteFile(folder / "file", tag);
+    std::ifstream file(folder / "file", std::ios_base::binary);
+    EXPECT_EQ(orvo::get_comm(file), comment);
+  }
+}
 
 TEST(GetComm, FindsNothingInAStreamThatCannotSeek) {
   PipeBuffer buffer(Id3Tag(Id3Comment("", "hello")));

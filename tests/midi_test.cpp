@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <iomanip>
 #include <iostream>
 #include <locale>
@@ -239,6 +241,43 @@ TEST(GetNoteIndex, ReadsTheNamesOfAllNotes) {
   for (int index = 0; index < 128; ++index) {
     EXPECT_EQ(GetNoteIndex(kSharpNames[index]), index);
     EXPECT_EQ(GetNoteIndex(kFlatNames[index]), index);
+  }
+}
+
+// The parts of a name one after the other.
+int PlainNoteIndex(const std::string& name) {
+  const int base = orvo::midi::LookupBaseNoteIndex(name.substr(0, 1));
+  if (name.size() < 2) return base;
+  const std::size_t end =
+      std::min(name.find_first_not_of("b#x", 1), name.size());
+  const std::string accidental = name.substr(1, end - 1);
+  const int offset =
+      accidental.empty() ? 0 : orvo::midi::LookupOffset(accidental);
+  const std::string octave = name.substr(end);
+  const int number =
+      octave.empty() ? 0 : orvo::midi::GetOctaveFromString(octave);
+  return static_cast<unsigned char>((number + 2) * 12 + base + offset);
+}
+
+template <typename Read>
+std::string NumberOrError(Read read, const std::string& name) {
+  try {
+    return std::to_string(int{read(name)});
+  } catch (const InvalidNoteName& error) {
+    return error.what();
+  }
+}
+
+TEST(GetNoteIndex, ReadsShortTextsPartByPart) {
+  const std::string_view alphabet("ABCHbx#-+09. \0", 14);
+  std::vector<std::string> texts = {""};
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    const std::string text = texts[i];
+    EXPECT_EQ(NumberOrError(GetNoteIndex, text),
+              NumberOrError(PlainNoteIndex, text))
+        << testing::PrintToString(text);
+    if (text.size() == 4) continue;
+    for (const char c : alphabet) texts.push_back(text + c);
   }
 }
 

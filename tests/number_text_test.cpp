@@ -11,6 +11,7 @@
 #include <sstream>
 #include <string>
 
+#include "tests/support/standard_library.h"
 #include "tests/support/texts.h"
 
 namespace {
@@ -91,6 +92,7 @@ TEST(ReadNumber, NegatesUnsignedNumbers) {
 }
 
 TEST(ReadNumber, ReadsAllShortTextsLikeAStream) {
+  ORVO_NEEDS_LIBSTDCXX();
   ForEachText("+-09fxX. \t", 5, [](const std::string& text) {
     ExpectToReadLikeAStream<16, std::uint16_t>(text);
     ExpectToReadLikeAStream<10, int>(text);
@@ -98,6 +100,7 @@ TEST(ReadNumber, ReadsAllShortTextsLikeAStream) {
 }
 
 TEST(ReadNumber, ReadsRandomTextsLikeAStream) {
+  ORVO_NEEDS_LIBSTDCXX();
   constexpr unsigned kSeed = 8151;
   SCOPED_TRACE(testing::Message() << "seed " << kSeed);
   std::mt19937 random(kSeed);

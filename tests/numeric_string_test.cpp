@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "tests/support/allocations.h"
+#include "tests/support/standard_library.h"
 
 // What a program outside all namespaces sees.
 std::string WrittenFromTheGlobalNamespace(const orvo::NumericString& text) {
@@ -242,6 +243,46 @@ TEST(NumericString, IsCutIntoNumbersAndTextsInTurn) {
               ElementsAre("text img", "number 12", "text .png"));
 }
 
+// The same, a character at a time.
+std::vector<std::string> PlainCut(const std::string& text) {
+  std::vector<std::string> described;
+  bool in_number = false;
+  for (const char c : text) {
+    const bool digit = c >= '0' && c <= '9';
+    if (described.empty() || digit != in_number) {
+      described.emplace_back(digit ? "number " : "text ");
+    }
+    described.back() += c;
+    in_number = digit;
+  }
+  return described;
+}
+
+TEST(NumericString, IsCutTheSameWhereverABlockOfCharactersEnds) {
+  for (const std::size_t size : {1u, 7u, 8u, 9u, 15u, 16u, 17u, 18u, 33u}) {
+    for (const char filler : {'a', '5'}) {
+      for (std::size_t i = 0; i < size; ++i) {
+        for (int code = 0; code < 256; ++code) {
+          std::string text(size, filler);
+          text[i] = static_cast<char>(code);
+          ASSERT_EQ(Cut(text), PlainCut(text)) << testing::PrintToString(text);
+        }
+      }
+    }
+  }
+}
+
+TEST(NumericString, IsCutTheSameWhateverTheRuns) {
+  constexpr unsigned kSeed = 256;
+  SCOPED_TRACE(testing::Message() << "seed " << kSeed);
+  std::mt19937 random(kSeed);  // NOLINT(cert-msc*): the same in every run
+  for (int round = 0; round < 5000; ++round) {
+    const std::string text = RandomText(random);
+    ASSERT_EQ(Cut(text), PlainCut(text)) << testing::PrintToString(text);
+    ASSERT_EQ(NumericString(text).chunks().capacity(), PlainCut(text).size());
+  }
+}
+
 TEST(NumericString, TakesSignsPointsAndSpacesForText) {
   EXPECT_THAT(Cut("-5"), ElementsAre("text -", "number 5"));
   EXPECT_THAT(Cut("1.25"), ElementsAre("number 1", "text .", "number 25"));
@@ -286,6 +327,7 @@ TEST(NumericString, IsAPlainValue) {
 }
 
 TEST(NumericString, AllocatesOnlyItsChunksWhileTextsAreShort) {
+  ORVO_NEEDS_LIBSTDCXX();
   const std::string text = "img0012take3.png";
   const std::string short_text = "take12.png";
   const long before = CountAllocations();

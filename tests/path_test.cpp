@@ -9,6 +9,7 @@
 #include <list>
 #include <random>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -350,9 +351,10 @@ constexpr unsigned kSeed = 1;
 // Slashes are rare in most of the texts, so that many have none doubled.
 std::string RandomText(std::minstd_rand& random) {
   const auto rarity = 2 + random() % 60;
-  std::string text(random() % 100, 'x');
+  constexpr std::string_view others = "xx.0\xaf\xae";
+  std::string text(random() % 100, ' ');
   for (char& c : text) {
-    if (random() % rarity == 0) c = '/';
+    c = random() % rarity == 0 ? '/' : others[random() % others.size()];
   }
   return text;
 }

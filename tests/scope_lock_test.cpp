@@ -4,12 +4,14 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <type_traits>
 
 #include "orvo/errors.h"
+#include "tests/support/allocations.h"
 #include "tests/support/holder.h"
 #include "tests/support/recording_lock.h"
 #include "tests/support/virtual_slot.h"
@@ -359,6 +361,17 @@ TEST(DebugScopeLock, NamesThePlaceAtEachAcquisition) {
     scope.unlock();
     scope.lock();
   }
+}
+
+TEST(DebugScopeLock, ReleasesNothingThatItDidNotTake) {
+  RecordingLock lock;
+  const std::string place(100, 'x');
+  for (const long after : {0, 1}) {
+    SCOPED_TRACE(after);
+    const orvo_test::ScopedAllocationFailure failure(after);
+    EXPECT_THROW(orvo::DebugScopeLock(lock, place, place, 62), std::bad_alloc);
+  }
+  EXPECT_THAT(lock.TakeCalls(), IsEmpty());
 }
 
 TEST(DebugScopeLock, KeepsCopiesOfThePlace) {

@@ -17,6 +17,7 @@
 #include "tests/support/allocations.h"
 #include "tests/support/capture.h"
 #include "tests/support/interpose/calls.h"
+#include "tests/support/standard_library.h"
 
 namespace {
 
@@ -76,6 +77,7 @@ class FakeStack {
 };
 
 TEST(Demangle, ShowsSymbolsAsTheSourceHasThem) {
+  ORVO_NEEDS_LIBSTDCXX();
   EXPECT_EQ(Demangle("_ZN4shop6AcceptEi"), "shop::Accept(int)");
   EXPECT_EQ(Demangle("_Z4swapIiEvRT_S1_"), "void swap<int>(int&, int&)");
   EXPECT_EQ(Demangle("St6vectorIiSaIiEE"),

@@ -9,6 +9,7 @@
 #include <limits>
 #include <list>
 #include <locale>
+#include <new>
 #include <optional>
 #include <random>
 #include <sstream>
@@ -19,6 +20,7 @@
 #include <vector>
 
 #include "tests/support/allocations.h"
+#include "tests/support/standard_library.h"
 #include "tests/support/texts.h"
 
 namespace {
@@ -379,7 +381,17 @@ TEST(StringToNumber, StoresTheNearestLimitForANumberOutOfRange) {
   EXPECT_EQ(orvo::StringToNumber<int>(std::string(100, '0') + "5"), 5);
 }
 
+TEST(StringToNumber, PassesOnThatMemoryRunsOut) {
+  const std::string text = "1.5";
+  {
+    const orvo_test::ScopedAllocationFailure failure;
+    EXPECT_THROW(orvo::StringToNumber<double>(text), std::bad_alloc);
+  }
+  EXPECT_EQ(orvo::StringToNumber<double>(text), 1.5);
+}
+
 TEST(StringToNumber, ServesOtherNumberTypes) {
+  ORVO_NEEDS_LIBSTDCXX();
   EXPECT_EQ(orvo::StringToNumber<short>("40000"), 32767);
   EXPECT_EQ(orvo::StringToNumber<unsigned short>("-1"), 65535);
   EXPECT_EQ(orvo::StringToNumber<unsigned>("-1"), 4294967295u);
@@ -625,6 +637,18 @@ TEST(SplitString, CutsAtNuls) {
               ElementsAre("a", "b"));
   EXPECT_THAT(orvo::SplitString(WithNul("a", "/b"), '/', -1),
               ElementsAre(WithNul("a", ""), "b"));
+}
+
+TEST(SplitString, CutsAtAnyByte) {
+  for (int code = 0; code < 256; ++code) {
+    const char separator = static_cast<char>(code);
+    const char other = static_cast<char>(code ^ 1);
+    const std::string part(3, other);
+    EXPECT_THAT(
+        orvo::SplitString(part + separator + part + part, separator, -1),
+        ElementsAre(part, part + part))
+        << code;
+  }
 }
 
 // A separator of the caller's own.

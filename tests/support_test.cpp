@@ -19,6 +19,7 @@
 #include "tests/support/files.h"
 #include "tests/support/interpose/calls.h"
 #include "tests/support/latch.h"
+#include "tests/support/standard_library.h"
 
 namespace {
 
@@ -74,6 +75,8 @@ TEST(ScopedFailure, LetsCallsThroughBeforeAndAfter) {
   EXPECT_EQ(SleepOneNanosecond(), -1);
   EXPECT_EQ(SleepOneNanosecond(), -1);
   EXPECT_EQ(SleepOneNanosecond(), 0);
+  EXPECT_EQ(SleepOneNanosecond(), 0);
+  EXPECT_EQ(failure.count(), 2);
 }
 
 TEST(ScopedFailureDeathTest, StopsTheProgramForAFunctionItDoesNotHave) {
@@ -120,12 +123,35 @@ TEST(CountOpenDescriptors, SeesEachOpenFile) {
 }
 
 TEST(CountAllocations, SeesEachAllocationOfThisThread) {
+  ORVO_NEEDS_LIBSTDCXX();
   const long before = orvo_test::CountAllocations();
   ::operator delete(::operator new(1));
   ::operator delete[](::operator new[](1));
   std::thread([] { ::operator delete(::operator new(1)); }).join();
   // The thread's own start takes one of this thread.
   EXPECT_EQ(orvo_test::CountAllocations() - before, 3);
+}
+
+TEST(CountLiveAllocations, SeesWhatIsNotReleased) {
+  const long before = orvo_test::CountLiveAllocations();
+  void* const kept = ::operator new(1);
+  void* const array = ::operator new[](1, std::nothrow);
+  EXPECT_EQ(orvo_test::CountLiveAllocations(), before + 2);
+  ::operator delete(kept);
+  ::operator delete[](array);
+  EXPECT_EQ(orvo_test::CountLiveAllocations(), before);
+}
+
+TEST(ScopedAllocationFailure, FailsAsOftenAsItIsTold) {
+  const orvo_test::ScopedAllocationFailure failure(1, 2);
+  const auto succeeds = [] {
+    void* const memory = ::operator new(1, std::nothrow);
+    ::operator delete(memory);
+    return memory != nullptr;
+  };
+  const bool seen[] = {succeeds(), succeeds(), succeeds(), succeeds()};
+  EXPECT_THAT(seen, testing::ElementsAre(true, false, false, true));
+  EXPECT_EQ(failure.count(), 2);
 }
 
 TEST(Latch, OpensAfterItsCount) {

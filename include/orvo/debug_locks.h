@@ -170,6 +170,10 @@ class ORVO_EXPORT DebugRLock : public DebugLock {
   /// @throws std::invalid_argument  @p impl is null.
   explicit DebugRLock(std::unique_ptr<DebugRLockImpl_> impl);
 
+  DebugRLock(DebugRLock&& other) noexcept;
+  DebugRLock& operator=(DebugRLock&& other) noexcept;
+  ~DebugRLock() override;
+
   /// Waits for the lock unless this thread holds it; see
   /// DebugRLockImpl_::lock().
   void lock() ORVO_ACQUIRE() override;

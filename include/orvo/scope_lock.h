@@ -199,10 +199,13 @@ class ORVO_EXPORT ORVO_SCOPED_LOCKABLE DebugScopeLock : public ScopeLockBase {
   ORVO_EXPORT_INLINE DebugScopeLock(OrvoLock& lock, const std::string& function,
                                     const std::string& file, int line)
       ORVO_ACQUIRE(lock) ORVO_NO_THREAD_SAFETY_ANALYSIS : ScopeLockBase(lock),
-                                                          function_(function),
-                                                          file_(file),
                                                           line_(line) {
-    AcquireOrRelease([this] { DebugScopeLock::Acquire(); });
+    // A lock that is not held yet must not be released when a copy fails.
+    AcquireOrRelease([&] {
+      function_ = function;
+      file_ = file;
+      DebugScopeLock::Acquire();
+    });
   }
 
   DebugScopeLock(const DebugScopeLock&) = delete;

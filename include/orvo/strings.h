@@ -127,6 +127,8 @@ template <typename Value>
 void ReadFromStream_(const std::string& text, Value& value) {
   std::stringstream stream(strip(text));
   stream.imbue(std::locale::classic());
+  // Otherwise a stream keeps it to itself when memory runs out.
+  stream.exceptions(std::ios_base::badbit);
   stream >> value;
 }
 /// @endcond

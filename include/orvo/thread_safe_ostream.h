@@ -28,6 +28,10 @@
 
 namespace orvo {
 
+namespace internal {
+class StandardOutput;
+}  // namespace internal
+
 /// A standard output stream behind a mutex.
 ///
 /// No operation throws; a failed write shows in the state of the target.
@@ -64,6 +68,7 @@ class ORVO_EXPORT ThreadSafeOStream {
 
  private:
   friend class ScopedCoutCapture;
+  friend class internal::StandardOutput;
 
   std::mutex mutex_;
   std::ostream* stream_;

@@ -16,11 +16,10 @@
 
 #include <cstddef>
 #include <cstring>
-#include <functional>
 #include <iosfwd>
 #include <optional>
 #include <string>
-#include <string_view>
+#include <string_view>  // std::hash, too
 
 #include "orvo/export.h"
 

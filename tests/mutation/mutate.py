@@ -79,6 +79,7 @@ def find_jumps(library, root):
     shift = text_section(library)
     lines = {}
     source, number, jumps, is_written = None, 0, [], False
+    previous = ""
     with subprocess.Popen(["objdump", "-dlw", "-j", ".text", library],
                           stdout=subprocess.PIPE, text=True) as listing:
         for row in listing.stdout:
@@ -93,7 +94,8 @@ def find_jumps(library, root):
                 number = int(place[2])
                 continue
             code = re.match(r"\s+(\w+):\s((?:[0-9a-f]{2} )+)\s*(j\w+)\s", row)
-            if not is_written or not source or not code or code[3].startswith("jmp"):
+            guards_stack, previous = "%fs:0x28" in previous, row
+            if not is_written or not source or not code or code[3].startswith("jmp") or guards_stack:
                 continue
             if source not in lines:
                 lines[source] = source.read_text().split("\n")

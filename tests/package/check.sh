@@ -1,7 +1,7 @@
 #!/bin/sh
 # check.sh SOURCE_DIR BUILD_DIR COMPILER: installs the built library into an empty
 # prefix and builds and runs a consumer against it in the three ways of the
-# README, then moves the prefix and tries again.
+# README, then moves the prefix and tries again; CXXFLAGS go to the consumer too.
 set -eu
 source=$1
 build=$2
@@ -29,8 +29,8 @@ expect_hello "$work/package/consumer"
 mv "$work/prefix" "$work/moved"
 PKG_CONFIG_PATH=$(dirname "$(find "$work/moved" -name orvo.pc)")
 export PKG_CONFIG_PATH
-# shellcheck disable=SC2046
-"$compiler" -std=c++17 "$consumer/main.cpp" -o "$work/consumer" $(pkg-config --cflags --libs orvo)
+# shellcheck disable=SC2046,SC2086
+"$compiler" ${CXXFLAGS-} -std=c++17 "$consumer/main.cpp" -o "$work/consumer" $(pkg-config --cflags --libs orvo)
 LD_LIBRARY_PATH=$(pkg-config --variable=libdir orvo) expect_hello "$work/consumer"
 [ "$(pkg-config --modversion orvo)" = 0.1.0 ] || { echo "orvo.pc names another version." >&2; exit 1; }
 

@@ -25,6 +25,7 @@ FailureSwitch& Find(std::string_view function) {
 }  // namespace
 
 void FailureSwitch::Set(int error, int after, int times) {
+  count_ = 0;
   after_ = after;
   times_ = times;
   error_ = error;
@@ -33,7 +34,12 @@ void FailureSwitch::Set(int error, int after, int times) {
 int FailureSwitch::Next() {
   const int error = error_;
   if (error == 0 || after_-- > 0) return 0;
-  return times_ < 0 || times_-- > 0 ? error : 0;
+  int times = times_;
+  while (times > 0 && !times_.compare_exchange_weak(times, times - 1)) {
+  }
+  if (times == 0) return 0;
+  ++count_;
+  return error;
 }
 
 Registration::Registration(FailureSwitch& calls) {
@@ -48,6 +54,10 @@ ScopedFailure::ScopedFailure(const char* function, int error, int after,
 
 ScopedFailure::~ScopedFailure() {
   calls_.Set(0, 0, 0);
+}
+
+int ScopedFailure::count() const {
+  return calls_.count();
 }
 
 }  // namespace orvo_test

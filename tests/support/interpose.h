@@ -41,11 +41,15 @@ class FailureSwitch {
   /// The error of this call, or 0 if it is to go through.
   int Next();
 
+  /// How many calls have failed since Set().
+  int count() const { return count_; }
+
  private:
   const char* function_;
   std::atomic<int> error_{0};
   std::atomic<int> after_{0};
   std::atomic<int> times_{0};
+  std::atomic<int> count_{0};
 };
 
 /// The calls of one system function: to the hook while there is one, else
@@ -126,6 +130,9 @@ class ScopedFailure {
   ScopedFailure(const ScopedFailure&) = delete;
   ScopedFailure& operator=(const ScopedFailure&) = delete;
   ~ScopedFailure();
+
+  /// How many calls have failed so far.
+  int count() const;
 
  private:
   FailureSwitch& calls_;
