@@ -22,12 +22,17 @@ check_exclusions() {
   done
 }
 
-# count ROOT REPORT FOLDER...: fails if something in ROOT was not reached.
+# count PREFIX REPORT FOLDER...: fails if something in PREFIXsrc/ or
+# PREFIXinclude/ was not reached.
 count() {
-  root=$1 report=$2
+  prefix=$1 report=$2
   shift 2
   mkdir -p "$report"
-  gcovr --root "$root" --filter "$root/src/" --filter "$root/include/" \
+  # The torture is not run: it takes minutes here and reaches nothing else. The
+  # line is counted as that of the callers into which it is always inlined.
+  gcovr -j 2 --filter "${prefix}src/" --filter "${prefix}include/" \
+    --exclude-directories '.*torture.*' \
+    --exclude-lines-by-pattern '  const int size = std::clamp\(depth, 0, kDeepest\) \+ 1;' \
     --gcov-executable "$project/tests/coverage/gcov.sh" \
     --exclude-throw-branches --exclude-unreachable-branches \
     --exclude-branches-by-pattern "$(exclusions)" \
@@ -41,7 +46,7 @@ self_test() {
   mkdir -p $planted
   (cd $planted && g++ --coverage "$project/tests/coverage/planted/src/greeting.cpp" \
     -o greeting && ./greeting)
-  if count tests/coverage/planted $planted/report $planted >$planted/log 2>&1; then
+  if count tests/coverage/planted/ $planted/report $planted >$planted/log 2>&1; then
     fail "a line that was never reached went unnoticed; see $planted/log"
   fi
   grep -qxF -e 'lines: 75.0% (3 out of 4)' $planted/log ||
@@ -62,7 +67,7 @@ run_tests coverage
 run_tests coverage-noassert
 say "Counting"
 report=build/coverage/report
-count . "$report" build/coverage build/coverage-noassert || {
+count "" "$report" build/coverage build/coverage-noassert || {
   python3 tests/coverage/misses.py "$report/counts.json" >&2
   fail "something was not reached; see $report/index.html"
 }

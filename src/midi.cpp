@@ -181,10 +181,8 @@ unsigned char GetNoteIndex(const std::string& name) {
   const std::size_t octave_start = StartOfOctave(text);
   const int offset =
       octave_start == 1 ? 0 : OffsetOf(text.substr(1, octave_start - 1));
-  const int octave = octave_start == text.size()
-                         ? 0
-                         : GetOctaveFromString(name.substr(octave_start));
-  return ToIndex(octave, base, offset);
+  if (octave_start == text.size()) return ToIndex(0, base, offset);
+  return ToIndex(GetOctaveFromString(name.substr(octave_start)), base, offset);
 }
 
 std::string GetSharpSpelling(unsigned char index) {

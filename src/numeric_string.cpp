@@ -209,8 +209,8 @@ NumericString::NumericString(const std::string& text) : text_(text) {
   const char* const end = text_.data() + text_.size();
   for (const char* run = text_.data(); run != end;) {
     const char* const next = EndOfRun(run, end);
-    chunks_.emplace_back(run, static_cast<std::size_t>(next - run),
-                         IsDigit(*run));
+    const auto size = static_cast<std::size_t>(next - run);
+    chunks_.emplace_back(run, size, IsDigit(*run));
     run = next;
   }
 }

@@ -96,7 +96,6 @@ bool IsBelow(std::string_view path, std::string_view start) {
                                                   const std::string& start) {
   const std::vector<std::string_view> pathVector = FindComponents(path);
   const std::vector<std::string_view> startVector = FindComponents(start);
-  if (pathVector.empty() || startVector.empty()) return path;
   assert(!pathVector.empty());
   assert(!startVector.empty());
   if (pathVector.front() != startVector.front()) return path;

@@ -281,12 +281,11 @@ struct SystemTrace {
 // Inlined, so that the first frame is that of the function that calls this one.
 [[gnu::always_inline]] inline SystemTrace DescribeStack(int depth) {
   const int size = std::clamp(depth, 0, kDeepest) + 1;
-  const std::unique_ptr<void*[]> addresses(
-      new void*[static_cast<std::size_t>(size)]);
-  const int count = backtrace(addresses.get(), size);
+  std::vector<void*> addresses(static_cast<std::size_t>(size));
+  const int count = backtrace(addresses.data(), size);
   if (count <= 0) return {};
   SystemTrace trace;
-  trace.lines.reset(backtrace_symbols(addresses.get(), count));
+  trace.lines.reset(backtrace_symbols(addresses.data(), count));
   if (trace.lines == nullptr) throw std::bad_alloc();
   trace.count = count;
   return trace;
@@ -365,7 +364,7 @@ __attribute__((noinline)) std::list<std::string> GetStackTrace(int depth) {
   // The report names this line of this source, wherever it stands.
 #line 185
   assert(positionOfName < 140);
-#line 369
+#line 368
   if (next < trace.count) return {lines + 1, lines + trace.count};
   return table.Format();
 }

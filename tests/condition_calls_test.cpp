@@ -192,6 +192,13 @@ TEST_F(ConditionCalls, ReportATimeOutInSilence) {
   EXPECT_EQ(output.Text(), "");
 }
 
+TEST_F(ConditionCalls, AnswerInSilenceWhenWoken) {
+  const StdoutCapture output;
+  EXPECT_TRUE(condition_.TimedWait(lock_, 1));
+  EXPECT_TRUE(condition_.TimedWaitWhileLocked(lock_, 1));
+  EXPECT_EQ(output.Text(), "");
+}
+
 TEST_F(ConditionCalls, PrintAnUnexpectedErrorOfATimedWait) {
   const StdoutCapture output;
   result_ = EINVAL;

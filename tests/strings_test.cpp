@@ -124,6 +124,13 @@ TEST(LetterCase, KeepsTheLengthAndTheOrder) {
   }
 }
 
+TEST(LetterCase, LooksAtNothingInFrontOfAText) {
+  std::string text;
+  text.reserve(100);
+  EXPECT_EQ(orvo::to_lower(text), "");
+  EXPECT_EQ(orvo::to_upper(text), "");
+}
+
 TEST(LetterCase, KeepsNuls) {
   EXPECT_EQ(orvo::to_lower(WithNul("A", "B")), WithNul("a", "b"));
   EXPECT_EQ(orvo::to_upper(WithNul("a", "b")), WithNul("A", "B"));
@@ -609,6 +616,12 @@ TEST(GetTokenSize, IsOneFunctionOnly) {
   EXPECT_EQ(get_token_size('/'), 1u);
 }
 
+TEST(SplitString, LooksAtNothingBehindAText) {
+  std::string text = "a,b,c,d,e,f,g";
+  text.resize(2);
+  EXPECT_THAT(orvo::SplitString(text, ',', -1), ElementsAre("a", ""));
+}
+
 TEST(SplitString, CutsAtEverySeparator) {
   EXPECT_THAT(orvo::SplitString("a/b/c", '/', -1), ElementsAre("a", "b", "c"));
   EXPECT_THAT(orvo::SplitString<char>("ab", '/', -1), ElementsAre("ab"));
@@ -801,8 +814,8 @@ TEST(JoinString, JoinsItemsOfEveryLength) {
       for (const std::size_t b_size : sizes) {
         const std::string first = letters.substr(0, a_size);
         const std::string last = letters.substr(letters.size() - b_size);
-        ASSERT_EQ(orvo::JoinString({first, last}, separator),
-                  first + separator + last);
+        ASSERT_EQ(orvo::JoinString({last, first, last}, separator),
+                  last + separator + first + separator + last);
       }
     }
   }
