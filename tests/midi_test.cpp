@@ -393,7 +393,7 @@ TEST(ParseNote, TakesANameExactlyIfItsNumberIsOnTheScale) {
 TEST(ParseNote, RejectsWhatIsTakenLeniently) {
   for (const char* name :
        {"C", "B", "C#", "Db", "Cbb", "C-", "C ", "C 3", "C3 ", "C+3", "C3.",
-        "C3.9", "C#.", "C-0", "C03", "C-02"}) {
+        "C3.9", "C#.", "C-0", "C00", "C02", "C03", "C+1", "C-02"}) {
     EXPECT_EQ(Parsed(name), -1) << name;
     EXPECT_NO_THROW(GetNoteIndex(name)) << name;
   }
@@ -402,9 +402,11 @@ TEST(ParseNote, RejectsWhatIsTakenLeniently) {
 TEST(ParseNote, RejectsTextsThatAreNoName) {
   EXPECT_EQ(Parsed(std::string_view()), -1);
   EXPECT_EQ(Parsed(std::string_view("C3\0", 3)), -1);
+  EXPECT_EQ(Parsed(std::string_view("C#3", 1)), -1);
+  EXPECT_EQ(Parsed(std::string_view("C#3", 2)), -1);
   for (const char* name :
        {"", "c3", "H3", "3", "#3", " C3", "C##3", "Cb#3", "Cbbb3", "Cxx3",
-        "CB3", "C3b", "C-x", "C--1", "C3C3", "Cq", "\xc4"}) {
+        "CB3", "C3b", "C-x", "C-/", "C--1", "C3C3", "Cq", "\xc4"}) {
     EXPECT_EQ(Parsed(name), -1) << name;
   }
 }
