@@ -70,6 +70,7 @@ void AddErrors(Cases* cases) {
       ErrorCase<orvo::midi::InvalidNoteName>("orvo::midi::InvalidNoteName::"));
 }
 
+ORVO_PRINTF_LIKE(3, 4)
 int CallVformat(char* buffer, unsigned long size, const char* fmt, ...) {
   va_list args;
   va_start(args, fmt);
@@ -521,7 +522,8 @@ void AddPaths(Cases* cases) {
            {"orvo::path::basename_no_ext(", orvo::path::basename_no_ext},
            {"orvo::path::dirname(", orvo::path::dirname},
        }) {
-    cases->push_back({{{prefix, 1}}, kThrows, Just([cut] { cut(kPath); })});
+    cases->push_back(
+        {{{prefix, 1}}, kThrows, Just([cut = cut] { cut(kPath); })});
   }
   cases->push_back({{{"orvo::path::extension(", 1}}, kThrows, Just([] {
                       orvo::path::extension("a." + kLong);

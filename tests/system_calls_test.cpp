@@ -225,6 +225,7 @@ std::string FormatByString() {
   return orvo::format(std::string("%d-%d"), 1, 2);
 }
 
+ORVO_PRINTF_LIKE(1, 2)
 std::string CallVformat(const char* fmt, ...) {
   char buffer[8] = "";
   va_list args;
