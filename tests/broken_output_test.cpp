@@ -34,7 +34,7 @@ ProgramResult RunBroken(std::vector<std::string> arguments) {
 ProgramResult RunWithout(const std::string& descriptor,
                          const std::vector<std::string>& arguments) {
   std::vector<std::string> all = {"/bin/sh", "-c",
-                                  "exec \"$0\" \"$@\" " + descriptor + ">&-",
+                                  R"(exec "$0" "$@" )" + descriptor + ">&-",
                                   ProgramPath("broken_output")};
   all.insert(all.end(), arguments.begin(), arguments.end());
   return RunProgram(all);

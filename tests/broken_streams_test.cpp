@@ -373,7 +373,7 @@ TEST(HalfAGigabyte, IsNotEnoughForAReaderThatBelievesASize) {
   EXPECT_FALSE(SucceedsInHalfAGigabyte([] {
     const std::string text = Id3Frame("COMM", 0xffffffff, "");
     std::istringstream stream(text);
-    return std::string(orvo::FrameHeader(stream).size(), ' ').size() != 0;
+    return !std::string(orvo::FrameHeader(stream).size(), ' ').empty();
   }));
 }
 

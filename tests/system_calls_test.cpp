@@ -132,7 +132,7 @@ std::string LockPlainly() {
   orvo::Lock lock("lock");
   lock.lock();
   // Held or not, it has to be free in the end.
-  pthread_mutex_trylock(lock.get_mutex());
+  static_cast<void>(pthread_mutex_trylock(lock.get_mutex()));
   lock.unlock();
   return "returned";
 }
@@ -240,7 +240,9 @@ std::string FormatIntoBuffer() {
 }
 
 std::string ExplainError() {
-  return orvo::errmsg(ENOENT).c_str();
+  // What follows the text are zero bytes.
+  const std::string text = orvo::errmsg(ENOENT);
+  return text.substr(0, text.find('\0'));
 }
 
 std::string ListMissing() {
