@@ -15,10 +15,15 @@
 
 namespace {
 
-class Stranger : public std::runtime_error {
+// A class of this module alone, by its name too: clang takes classes of unnamed
+// namespaces for one if their names are the same.
+template <int kModule>
+class StrangerOf : public std::runtime_error {
  public:
-  Stranger() : std::runtime_error("from elsewhere") {}
+  StrangerOf() : std::runtime_error("from elsewhere") {}
 };
+
+using Stranger = StrangerOf<ORVO_TEST_MODULE>;
 
 template <typename Error>
 [[noreturn]] void ThrowHere() {
