@@ -170,8 +170,11 @@ class ORVO_EXPORT DebugRLock : public DebugLock {
   /// @throws std::invalid_argument  @p impl is null.
   explicit DebugRLock(std::unique_ptr<DebugRLockImpl_> impl);
 
+  /// @{
+  /// Takes the implementation over.
   DebugRLock(DebugRLock&& other) noexcept;
   DebugRLock& operator=(DebugRLock&& other) noexcept;
+  /// @}
   ~DebugRLock() override;
 
   /// Waits for the lock unless this thread holds it; see

@@ -269,8 +269,11 @@ class ORVO_EXPORT RLock : public Lock {
   /// @throws std::invalid_argument  @p impl is null.
   explicit RLock(std::unique_ptr<LockImpl_> impl);
 
+  /// @{
+  /// Takes the implementation over.
   RLock(RLock&& other) noexcept;
   RLock& operator=(RLock&& other) noexcept;
+  /// @}
   ~RLock() override;
 
   /// Kept on purpose: always 0, however often the lock is held;
