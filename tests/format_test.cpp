@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <clocale>
 #include <cstring>
 #include <new>
 #include <stdexcept>
@@ -217,10 +218,13 @@ TEST(FastFormatter, ReturnsTheReasonWhenFormattingFails) {
 }
 
 TEST(FastFormatter, CannotWriteWideCharactersOutsideTheLocale) {
+  const std::string locale = std::setlocale(LC_CTYPE, nullptr);
+  std::setlocale(LC_CTYPE, "C");
   const wchar_t text[] = {0x20AC, 0};
   EXPECT_EQ(FastFormatter<10>("%ls", text),
             "Formatting error: Invalid or incomplete multibyte or wide "
             "character");
+  std::setlocale(LC_CTYPE, locale.c_str());
 }
 
 TEST(FastFormatter, NeedsNoMemoryForTenCharacters) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cmath>
 #include <limits>
 #include <memory>
 #include <stdexcept>
@@ -53,7 +54,8 @@ class RecordingImpl : public orvo::LockImpl_ {
     return true;
   }
   bool TimedLock(double seconds) override {
-    calls_->push_back("TimedLock " + std::to_string(seconds));
+    calls_->push_back("TimedLock " +
+                      std::to_string(std::lround(seconds * 1000)) + " ms");
     return false;
   }
   void SetOwner(const std::thread::id& owner) override {
@@ -140,7 +142,7 @@ TEST(Lock, ForwardsToItsImplementationWithTheKeptGaps) {
     EXPECT_NE(lock.get_mutex(), nullptr);
   }
   EXPECT_THAT(calls, testing::ElementsAre(
-                         "lock", "unlock", "try_lock", "TimedLock 1.500000",
+                         "lock", "unlock", "try_lock", "TimedLock 1500 ms",
                          "SetOwner nobody", "lock", "ThrowIfOwnedByThisThread",
                          "destroyed"));
 }

@@ -437,6 +437,7 @@ TEST(PrintAllMidiNotes, WritesATable) {
 
 TEST(PrintAllMidiNotes, ShowsEachNumberBesideItsNames) {
   std::ostringstream expected;
+  expected.imbue(std::locale::classic());
   for (int index = 0; index < 128; ++index) {
     expected << std::right << std::setw(4) << index << "    " << std::left
              << std::setw(8) << kSharpNames[index] << std::setw(8)

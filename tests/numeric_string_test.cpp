@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <climits>
 #include <iomanip>
+#include <locale>
 #include <map>
 #include <random>
 #include <set>
@@ -54,8 +55,10 @@ using testing::ElementsAre;
 
 // How a model reads the number that a run of digits is.
 int ReadInt(const std::string& digits) {
+  std::istringstream stream(digits);
+  stream.imbue(std::locale::classic());
   int value = 0;
-  std::stringstream(digits) >> value;
+  stream >> value;
   return value;
 }
 std::string ReadAnySize(const std::string& digits) {
