@@ -54,13 +54,17 @@ need_test_tools() {
     gdb:gdb python3:python3
 }
 
-# build PRESET: configures and builds, silent unless something goes wrong.
+# build PRESET [TARGET...]: configures and builds, silent unless something goes
+# wrong.
 build() {
-  log=$project/build/$1.log
+  preset=$1
+  shift
+  log=$project/build/$preset.log
   mkdir -p "$project/build"
-  { cmake --preset "$1" && cmake --build --preset "$1"; } >"$log" 2>&1 || {
+  { cmake --preset "$preset" && cmake --build --preset "$preset" ${1:+--target "$@"}; } \
+    >"$log" 2>&1 || {
     grep -E 'error|warning|FAILED|CMake Error' -A 5 "$log" | head -n 60 >&2
-    fail "building preset $1 failed; the whole log is build/$1.log"
+    fail "building preset $preset failed; the whole log is build/$preset.log"
   }
 }
 
