@@ -30,7 +30,7 @@
 /// Formats UUID::uuid_string().
 template <>
 struct fmt::formatter<orvo::UUID> : fmt::formatter<fmt::string_view> {
-  /// Writes the text as the specification says.
+  /// Writes the text in the width and with the fill that were parsed.
   template <typename Context>
   auto format(const orvo::UUID& uuid, Context& context) const {
     return fmt::formatter<fmt::string_view>::format(uuid.uuid_string(),
@@ -42,7 +42,7 @@ struct fmt::formatter<orvo::UUID> : fmt::formatter<fmt::string_view> {
 /// "2026-11-15T21-19-56.123456789Z".
 template <>
 struct fmt::formatter<orvo::TimeValue> : fmt::formatter<fmt::string_view> {
-  /// Writes the text as the specification says.
+  /// Writes the text in the width and with the fill that were parsed.
   template <typename Context>
   auto format(const orvo::TimeValue& time, Context& context) const {
     return fmt::formatter<fmt::string_view>::format(time.GetAsIso8601Precise(9),
@@ -53,7 +53,7 @@ struct fmt::formatter<orvo::TimeValue> : fmt::formatter<fmt::string_view> {
 /// Formats midi::Note::GetName().
 template <>
 struct fmt::formatter<orvo::midi::Note> : fmt::formatter<fmt::string_view> {
-  /// Writes the text as the specification says.
+  /// Writes the text in the width and with the fill that were parsed.
   template <typename Context>
   auto format(const orvo::midi::Note& note, Context& context) const {
     return fmt::formatter<fmt::string_view>::format(note.GetName(), context);

@@ -32,7 +32,7 @@
 /// Formats UUID::uuid_string().
 template <>
 struct std::formatter<orvo::UUID> : std::formatter<std::string_view> {
-  /// Writes the text as the specification says.
+  /// Writes the text in the width and with the fill that were parsed.
   template <typename Context>
   auto format(const orvo::UUID& uuid, Context& context) const {
     return std::formatter<std::string_view>::format(uuid.uuid_string(),
@@ -44,7 +44,7 @@ struct std::formatter<orvo::UUID> : std::formatter<std::string_view> {
 /// "2026-11-15T21-19-56.123456789Z".
 template <>
 struct std::formatter<orvo::TimeValue> : std::formatter<std::string_view> {
-  /// Writes the text as the specification says.
+  /// Writes the text in the width and with the fill that were parsed.
   template <typename Context>
   auto format(const orvo::TimeValue& time, Context& context) const {
     return std::formatter<std::string_view>::format(time.GetAsIso8601Precise(9),
@@ -55,7 +55,7 @@ struct std::formatter<orvo::TimeValue> : std::formatter<std::string_view> {
 /// Formats midi::Note::GetName().
 template <>
 struct std::formatter<orvo::midi::Note> : std::formatter<std::string_view> {
-  /// Writes the text as the specification says.
+  /// Writes the text in the width and with the fill that were parsed.
   template <typename Context>
   auto format(const orvo::midi::Note& note, Context& context) const {
     return std::formatter<std::string_view>::format(note.GetName(), context);
