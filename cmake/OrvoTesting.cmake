@@ -1,9 +1,9 @@
 # What the tests need: GoogleTest, the test support library, and a function per
 # kind of test.
-if(CMAKE_CXX_FLAGS MATCHES "-stdlib=libc\\+\\+")
-  set(orvo_libcxx TRUE)
-  # Debian's GoogleTest is built for the other standard library; its sources
-  # are for any.
+if(CMAKE_CXX_FLAGS MATCHES "-stdlib=libc\\+\\+|_GLIBCXX_DEBUG")
+  # Debian's libraries are built for other containers and strings than these;
+  # the sources of GoogleTest are for any.
+  set(orvo_other_containers TRUE)
   set(INSTALL_GTEST OFF)
   add_subdirectory(/usr/src/googletest googletest EXCLUDE_FROM_ALL SYSTEM)
   set_target_properties(gtest gtest_main gmock gmock_main PROPERTIES COMPILE_WARNING_AS_ERROR OFF)
@@ -52,6 +52,8 @@ function(orvo_add_test name)
   target_precompile_headers(${target} REUSE_FROM orvo_test_support)
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
   add_test(NAME ${name} COMMAND ${target} --gtest_brief=1)
+  # In contrast to tests of the compiler, of packages or of texts.
+  set_tests_properties(${name} PROPERTIES LABELS programs)
 endfunction()
 
 # orvo_add_program(NAME [SOURCE]): builds tests/programs/NAME.cpp, or another

@@ -7,6 +7,7 @@ set -eu
 need_test_tools
 case ${1:-} in
   clang) need clang++:clang ;;
+  debugstl) need /usr/src/googletest/CMakeLists.txt:googletest ;;
   libcxx)
     need clang++-19:clang-19 /usr/src/googletest/CMakeLists.txt:googletest \
       /usr/lib/llvm-19/include/c++/v1/format:libc++-19-dev \

@@ -10,7 +10,7 @@
 
 namespace {
 
-#if defined __x86_64__ && defined __GLIBCXX__
+#if defined __x86_64__ && defined __GLIBCXX__ && !defined _GLIBCXX_DEBUG
 
 struct Layout {
   const char* name;
