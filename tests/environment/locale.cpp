@@ -14,8 +14,6 @@
 
 namespace {
 
-using std::ctype_base;
-
 class GroupingNumpunct : public std::numpunct<char> {
   char do_decimal_point() const override { return ','; }
   char do_thousands_sep() const override { return '.'; }

@@ -114,7 +114,8 @@ bool CastsWhatDoesNotFit() {
 bool IndexesBehindTheEnd() {
   std::vector<int> numbers(1);
   numbers.reserve(2);
-  return &numbers[static_cast<std::size_t>(one)] == nullptr;
+  const int* volatile address = &numbers[static_cast<std::size_t>(one)];
+  return address == nullptr;
 }
 
 bool ComparesForeignIterators() {
