@@ -189,6 +189,15 @@ TEST(FastFormatter, TakesUpToItsNumberOfCharacters) {
   EXPECT_EQ(FastFormatter<1000>("%s", text.c_str()), text);
 }
 
+TEST(FastFormatter, TakesTextsThatNeedAStringOfTheirOwn) {
+  const std::string text(1024, 'x');
+  EXPECT_EQ(FastFormatter<1023>("%.1023s", text.c_str()), text.substr(1));
+  EXPECT_EQ(FastFormatter<1024>("%s", text.c_str()), text);
+  EXPECT_EQ(FastFormatter<1025>("%s", text.c_str()), text);
+  EXPECT_THROW(FastFormatter<1023>("%s", text.c_str()), std::logic_error);
+  EXPECT_THROW(FastFormatter<1024>("%sy", text.c_str()), std::logic_error);
+}
+
 TEST(FastFormatter, ThrowsForALongerText) {
   EXPECT_THAT(
       [] { FastFormatter<10>("%09ld", 12345678901L); },
@@ -263,6 +272,14 @@ TEST(Concatenate, KeepsNulCharactersOfStrings) {
   std::string target;
   Concatenate(&target, std::string("a\0b", 3), "c");
   EXPECT_EQ(target, std::string("a\0bc", 4));
+}
+
+TEST(Concatenate, StopsAtTheNulOfAnArray) {
+  std::string target = "a";
+  char none[2] = "";
+  char one[2] = "b";
+  Concatenate(&target, "", "\0", none, one, "c\0d", "e");
+  EXPECT_EQ(target, "abce");
 }
 
 TEST(Concatenate, AppendsTheTargetToItselfPieceByPiece) {

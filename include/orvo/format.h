@@ -11,12 +11,14 @@
 ///
 /// Every function here may be called from any thread at once.
 
+#include <array>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <utility>
 
 #include "orvo/export.h"
@@ -61,8 +63,8 @@ ORVO_EXPORT std::string errmsg(int errnum);
 
 }  // namespace orvo
 
-/// printf-style text of at most @p N characters; where these fit into a
-/// std::string without memory of their own, so does the result.
+/// printf-style text of at most @p N characters; below 1024 of them, only a
+/// result that does not fit into a std::string itself costs memory.
 ///
 /// @code
 /// FastFormatter<10>("%09ld", 5L);  // "000000005"
@@ -74,7 +76,10 @@ ORVO_EXPORT std::string errmsg(int errnum);
 template <unsigned long N>
 ORVO_PRINTF_LIKE(1, 2)
 ORVO_EXPORT std::string FastFormatter(const char* format, ...) {
-  std::string text(N, '\0');
+  // A thread's stack may be too small for more.
+  constexpr bool fits_on_stack = N < 1024;
+  std::conditional_t<fits_on_stack, std::array<char, N + 1>, std::string> text;
+  if constexpr (!fits_on_stack) text.resize(N);
   va_list args;
   va_start(args, format);
   // The NUL goes where the string has its own.
@@ -88,9 +93,24 @@ ORVO_EXPORT std::string FastFormatter(const char* format, ...) {
                            ") is greater than requested buffer size (" +
                            std::to_string(N) + ")");
   }
-  text.erase(size);
-  return text;
+  return std::string(text.data(), size);
 }
+
+/// @cond
+namespace orvo {
+
+template <typename Piece>
+void AppendPiece_(std::string* target, Piece&& piece) {
+  *target += std::forward<Piece>(piece);
+}
+
+// A literal of one character, which most separators are.
+inline void AppendPiece_(std::string* target, const char (&piece)[2]) {
+  if (piece[0] != '\0') target->push_back(piece[0]);
+}
+
+}  // namespace orvo
+/// @endcond
 
 /// Appends pieces to a string, from left to right and with nothing in between.
 ///
@@ -105,7 +125,7 @@ ORVO_EXPORT std::string FastFormatter(const char* format, ...) {
 template <typename... Pieces>
 ORVO_EXPORT inline std::string* Concatenate(std::string* target,
                                             Pieces&&... pieces) {
-  (*target += ... += std::forward<Pieces>(pieces));
+  (orvo::AppendPiece_(target, std::forward<Pieces>(pieces)), ...);
   return target;
 }
 
