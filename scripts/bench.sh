@@ -44,12 +44,12 @@ say "Building the benchmarks"
 build bench
 mkdir -p "$reports"
 
-# measure FAMILY REPORT [OPTION...]: seven repetitions of each benchmark, interleaved.
+# measure FAMILY REPORT [OPTION...]: eleven repetitions of each benchmark, interleaved.
 measure() {
   say "Measuring $1"
   program=$project/build/bench/bench/$1_bench report=$2 log=$reports/$1.log
   shift 2
-  "$program" --benchmark_repetitions=7 --benchmark_min_time=0.02 \
+  "$program" --benchmark_repetitions=11 --benchmark_min_time=0.02 \
     --benchmark_enable_random_interleaving=true "$@" \
     --benchmark_out="$report" --benchmark_out_format=json >"$log" 2>&1 || {
     tail -n 5 "$log" >&2
