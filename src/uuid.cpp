@@ -122,8 +122,10 @@ void UUID::uuid_string(const std::string& text) {
 
 std::string UUID::uuid_string() const {
   std::string text(kTextSize, '-');
+  // Asked for once, because any character written might be part of the string.
+  char* const characters = text.data();
   for (std::size_t i = 0; i < sizeof bytes_; ++i) {
-    std::memcpy(&text[kDigitOffsets[i]], kDigitPairs[bytes_[i]], 2);
+    std::memcpy(characters + kDigitOffsets[i], kDigitPairs[bytes_[i]], 2);
   }
   return text;
 }
