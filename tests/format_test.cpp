@@ -63,6 +63,8 @@ TEST(Vformat, ReturnsANegativeNumberOnFailure) {
 TEST(Format, ExpandsTheSameTextInBothOverloads) {
   EXPECT_EQ(orvo::format("%d-%d", 1, 2), "1-2");
   EXPECT_EQ(orvo::format(std::string("%d-%d"), 1, 2), "1-2");
+  EXPECT_EQ(orvo::format("%.2f %s", 1.5, "m"), "1.50 m");
+  EXPECT_EQ(orvo::format(std::string("%.2f %s"), 1.5, "m"), "1.50 m");
 }
 
 TEST(Format, TakesTextWithoutConversionsAsItIs) {

@@ -150,8 +150,10 @@ TEST(COMMFrame, IsMovable) {
   std::istringstream stream(Id3Comment("a", "first") +
                             Id3Comment("b", "second"));
   orvo::COMMFrame frame(stream);
+  std::memcpy(frame.language, "deu", 3);
   frame = orvo::COMMFrame(stream);
   EXPECT_EQ(frame.text, "second");
+  EXPECT_EQ(std::string(frame.language, 3), "eng");
 }
 
 TEST(COMMFrame, IsCopied) {
@@ -162,8 +164,10 @@ TEST(COMMFrame, IsCopied) {
   EXPECT_EQ(copy.text, "first");
   EXPECT_EQ(copy.header.size(), first.header.size());
   const orvo::COMMFrame second(stream);
+  std::memcpy(copy.language, "deu", 3);
   copy = second;
   EXPECT_EQ(copy.description, "b");
+  EXPECT_EQ(std::string(copy.language, 3), "eng");
   const orvo::COMMFrame moved(std::move(copy));
   EXPECT_EQ(moved.text, "second");
 }
