@@ -517,6 +517,14 @@ TEST(NaturalLess, ComparesNumbersOfAnyLength) {
   }
 }
 
+TEST(NaturalLess, DoesNotLookBehindAView) {
+  const std::string_view text = "10";
+  EXPECT_TRUE(NaturalLess()(text.substr(0, 0), "0"));
+  EXPECT_FALSE(NaturalLess()("0", text.substr(0, 0)));
+  EXPECT_TRUE(NaturalLess()(text.substr(0, 1), "5"));
+  EXPECT_FALSE(NaturalLess()("5", text.substr(0, 1)));
+}
+
 TEST(NaturalLess, LeavesEqualNumbersTied) {
   const std::string number = "12345678901234567890";
   for (const std::string& same : {number, "0" + number, "0000" + number}) {
