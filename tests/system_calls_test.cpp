@@ -559,7 +559,6 @@ void LimitTime(std::chrono::microseconds time) {
 class SystemCalls : public testing::Test {
  protected:
   SystemCalls() {
-    std::filesystem::current_path(folder_.path());
     std::filesystem::create_directory("folder");
     orvo_test::WriteFile("folder/file", "");
     orvo::SetThreadExceptionLogPath("log");
@@ -568,12 +567,11 @@ class SystemCalls : public testing::Test {
   ~SystemCalls() override {
     LimitTime(std::chrono::seconds(0));
     orvo::SetThreadExceptionLogPath("");
-    std::filesystem::current_path(former_);
   }
 
  private:
-  const std::filesystem::path former_ = std::filesystem::current_path();
   const TemporaryFolder folder_;
+  const orvo_test::ScopedWorkingDirectory directory_{folder_.path()};
   const orvo_test::ScopedTimeZone zone_{"UTC0"};
 };
 
