@@ -7,6 +7,7 @@
 
 #include "fuzz/fuzz.h"
 #include "fuzz/memory_stream.h"
+#include "fuzz/sink.h"
 #include "orvo/stacktrace.h"
 
 // The program describes its stack itself, by lines from the fuzzer, and has a
@@ -14,6 +15,7 @@
 namespace {
 
 using orvo_fuzz::Expect;
+using orvo_fuzz::Sink;
 
 using Texts = std::vector<std::string>;
 
@@ -62,22 +64,6 @@ extern "C" char* __cxa_demangle(const char* name, char*, std::size_t*,
 }
 
 namespace {
-
-// Keeps what is written.
-class Sink : public std::streambuf {
- public:
-  std::string text;
-
- protected:
-  int_type overflow(int_type c) override {
-    text += traits_type::to_char_type(c);
-    return c;
-  }
-  std::streamsize xsputn(const char* bytes, std::streamsize size) override {
-    text.append(bytes, static_cast<std::size_t>(size));
-    return size;
-  }
-};
 
 // Never destroyed, because the stream is flushed when all else is.
 Sink& StandardOutput() {

@@ -3,12 +3,14 @@
 #include <ostream>
 
 #include "fuzz/fuzz.h"
+#include "fuzz/sink.h"
 #include "orvo/time_value.h"
 
 namespace {
 
 using orvo::TimeValue;
 using orvo_fuzz::Expect;
+using orvo_fuzz::Sink;
 
 __extension__ using Wide = __int128;
 
@@ -124,22 +126,6 @@ void TestFloats(double seconds, float rough_seconds) {
   Expect(CountOf(TimeValue(rough_seconds)) ==
          Saturate(static_cast<double>(rough_seconds) * 1e9));
 }
-
-// Keeps what is written.
-class Sink : public std::streambuf {
- public:
-  std::string text;
-
- protected:
-  int_type overflow(int_type c) override {
-    text += traits_type::to_char_type(c);
-    return c;
-  }
-  std::streamsize xsputn(const char* bytes, std::streamsize size) override {
-    text.append(bytes, static_cast<std::size_t>(size));
-    return size;
-  }
-};
 
 void TestInserter(long long count, std::uint8_t width, char fill) {
   static Sink sink;

@@ -130,6 +130,38 @@ void TakeAndRelease(Lock& lock) {
   lock.unlock();
 }
 
+template <typename Lock>
+void TryToTake(Lock& lock) {
+  if (lock.try_lock()) lock.unlock();
+}
+
+// Is refused where nobody holds the lock.
+template <typename Lock>
+void JustRelease(Lock& lock) {
+  try {
+    lock.unlock();
+  } catch (const orvo::LockError&) {
+  }
+}
+
+// All that locks and their implementations have in common.
+template <typename Lock>
+void UseEachWay(Lock& lock) {
+  lock.try_lock();
+  lock.unlock();
+  lock.TimedLock(0.0);
+  lock.unlock();
+  lock.LockWithFilenameAndLineNumber(kLong, kLong, 1);
+  lock.unlock();
+  lock.SetOwner(std::thread::id());
+  lock.SetPendingLockingCodeReference(kLong, kLong, 1);
+  lock.SetWaitWillUnlock(true, kLong, 1);
+  lock.ThrowIfOwnedByThisThread();
+  lock.count();
+  lock.get_mutex();
+  TakeAndRelease(lock);
+}
+
 void AddPlainLocks(Cases* cases) {
   cases->push_back({{{"orvo::LockImpl_::LockImpl_(", 2},
                      {"orvo::LockImpl_::~LockImpl_(", 1},
@@ -143,22 +175,7 @@ void AddPlainLocks(Cases* cases) {
                     })});
   cases->push_back({{{"orvo::LockImpl_::", 11}},
                     kNeverMatters,
-                    WithFree<orvo::LockImpl_>([](orvo::LockImpl_& lock) {
-                      const std::thread::id nobody;
-                      lock.try_lock();
-                      lock.unlock();
-                      lock.TimedLock(0.0);
-                      lock.unlock();
-                      lock.LockWithFilenameAndLineNumber(kLong, kLong, 1);
-                      lock.unlock();
-                      lock.SetOwner(nobody);
-                      lock.SetPendingLockingCodeReference(kLong, kLong, 1);
-                      lock.SetWaitWillUnlock(true, kLong, 1);
-                      lock.ThrowIfOwnedByThisThread();
-                      lock.count();
-                      lock.get_mutex();
-                      TakeAndRelease(lock);
-                    })});
+                    WithFree<orvo::LockImpl_>(UseEachWay<orvo::LockImpl_>)});
   cases->push_back(
       {{{"orvo::Lock::Lock(", 3},
         {"orvo::Lock::operator=(", 1},
@@ -185,22 +202,10 @@ void AddPlainLocks(Cases* cases) {
                      {"orvo::OrvoLock::", 2}},
                     kNeverMatters,
                     WithFree<orvo::RLock>([](orvo::RLock& lock) {
-                      const std::thread::id nobody;
-                      lock.try_lock();
-                      lock.unlock();
-                      lock.TimedLock(0.0);
-                      lock.unlock();
+                      UseEachWay(lock);
                       lock.TryLockFor(std::chrono::seconds(0));
                       lock.unlock();
-                      lock.LockWithFilenameAndLineNumber(kLong, kLong, 1);
-                      lock.unlock();
-                      lock.SetOwner(nobody);
-                      lock.SetPendingLockingCodeReference(kLong, kLong, 1);
-                      lock.SetWaitWillUnlock(true, kLong, 1);
-                      lock.ThrowIfOwnedByThisThread();
                       static_cast<orvo::OrvoLock&>(lock).get_mutex();
-                      lock.count();
-                      TakeAndRelease(lock);
                     })});
 }
 
@@ -242,18 +247,12 @@ void AddDebugLocks(Cases* cases) {
   cases->push_back({{{"orvo::DebugLockImpl_::lock(", 0}},
                     kEnds,
                     WithContended<DebugImpl>(TakeAndRelease<DebugImpl>)});
-  cases->push_back(
-      {{{"orvo::DebugLockImpl_::try_lock(", 0}},
-       kEnds,
-       WithContended<DebugImpl>([](DebugImpl& lock) { lock.try_lock(); })});
+  cases->push_back({{{"orvo::DebugLockImpl_::try_lock(", 0}},
+                    kEnds,
+                    WithContended<DebugImpl>(TryToTake<DebugImpl>)});
   cases->push_back({{{"orvo::DebugLockImpl_::unlock(", 1}},
                     kThrows,
-                    WithFree<DebugImpl>([](DebugImpl& lock) {
-                      try {
-                        lock.unlock();
-                      } catch (const orvo::LockError&) {
-                      }
-                    })});
+                    WithFree<DebugImpl>(JustRelease<DebugImpl>)});
   cases->push_back({{{"orvo::DebugLockImpl_::SetWaitWillUnlock(", 1}},
                     kThrows,
                     [](Attempt& attempt) {
@@ -309,25 +308,17 @@ void AddDebugRLocks(Cases* cases) {
                     WithFree<DebugRImpl>(TakeAndRelease<DebugRImpl>)});
   cases->push_back({{{"orvo::DebugRLockImpl_::unlock(", 0}},
                     kThrows,
-                    WithFree<DebugRImpl>([](DebugRImpl& lock) {
-                      try {
-                        lock.unlock();
-                      } catch (const orvo::LockError&) {
-                      }
-                    })});
+                    WithFree<DebugRImpl>(JustRelease<DebugRImpl>)});
   cases->push_back({{{"orvo::DebugRLockImpl_::try_lock(", 1}},
                     kThrows,
-                    WithFree<DebugRImpl>([](DebugRImpl& lock) {
-                      if (lock.try_lock()) lock.unlock();
-                    })});
+                    WithFree<DebugRImpl>(TryToTake<DebugRImpl>)});
   cases->push_back({{{"orvo::DebugRLockImpl_::lock(", 0},
                      {"orvo::DebugRLockImpl_::PrintContention(", 1}},
                     kEnds,
                     WithContended<DebugRImpl>(TakeAndRelease<DebugRImpl>)});
-  cases->push_back(
-      {{{"orvo::DebugRLockImpl_::try_lock(", 0}},
-       kEnds,
-       WithContended<DebugRImpl>([](DebugRImpl& lock) { lock.try_lock(); })});
+  cases->push_back({{{"orvo::DebugRLockImpl_::try_lock(", 0}},
+                    kEnds,
+                    WithContended<DebugRImpl>(TryToTake<DebugRImpl>)});
   cases->push_back({{{"orvo::DebugRLockImpl_::SetOwner(", 1}},
                     kThrows,
                     [](Attempt& attempt) {

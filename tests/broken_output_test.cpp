@@ -99,6 +99,27 @@ TEST(BrokenOutput, DoesNotKeepAnExceptionFromItsLog) {
   }
 }
 
+// A folder that everybody may enter and that nobody may change, with a file
+// that nobody may write.
+class ReadOnly {
+ public:
+  ReadOnly() {
+    WriteFile(folder_ / "file", "old\n");
+    chmod((folder_ / "file").c_str(), 0444);
+    chmod(folder_.path().c_str(), 0555);
+  }
+  ReadOnly(const ReadOnly&) = delete;
+  ReadOnly& operator=(const ReadOnly&) = delete;
+  ~ReadOnly() { chmod(folder_.path().c_str(), 0755); }
+
+  std::string operator/(const std::string& name) const {
+    return folder_ / name;
+  }
+
+ private:
+  const TemporaryFolder folder_;
+};
+
 TEST(BrokenExceptionLog, IsReportedOnTheStandardOutput) {
   const TemporaryFolder folder;
   std::filesystem::create_symlink("missing/log", folder / "to_nothing");
@@ -119,6 +140,22 @@ TEST(BrokenExceptionLog, IsReportedOnTheStandardOutput) {
   }
 }
 
+TEST(BrokenExceptionLog, LeavesAloneWhatItMayNotWrite) {
+  const ReadOnly read_only;
+  for (const char* name : {"file", "new"}) {
+    const std::string path = read_only / name;
+    const ProgramResult result = RunBroken({"whole", "nobody_log", path});
+    EXPECT_EQ(result.exit_status, 0);
+    EXPECT_EQ(result.errors, kOutputWorks);
+    EXPECT_EQ(result.output,
+              "LogException(m)\n"
+              "Unable to write to threadExceptionLogPath: " +
+                  path + "\nf line 7: m\nkept\n");
+  }
+  EXPECT_EQ(ReadFile(read_only / "file"), "old\n");
+  EXPECT_FALSE(std::filesystem::exists(read_only / "new"));
+}
+
 TEST(BrokenExceptionLog, SaysNothingWhenItIsFull) {
   const ProgramResult result = RunBroken({"whole", "log", "/dev/full"});
   EXPECT_EQ(result.exit_status, 0);
@@ -135,20 +172,6 @@ TEST(BrokenExceptionLog, MayFailTogetherWithTheOutput) {
   }
 }
 
-// A folder that everybody may enter, with a file that nobody may write.
-class ReadOnly {
- public:
-  ReadOnly() {
-    chmod(folder_.path().c_str(), 0755);
-    WriteFile(file(), "old\n");
-    chmod(file().c_str(), 0444);
-  }
-  std::string file() const { return folder_ / "file"; }
-
- private:
-  const TemporaryFolder folder_;
-};
-
 TEST(BrokenRedirection, LosesTheOutputFromThenOn) {
   const TemporaryFolder folder;
   for (const std::string& path : {std::string(), folder / "missing/log",
@@ -164,10 +187,11 @@ TEST(BrokenRedirection, LosesTheOutputFromThenOn) {
 
 TEST(BrokenRedirection, LeavesAFileAloneThatItMayNotWrite) {
   const ReadOnly read_only;
-  const ProgramResult result = RunBroken({"whole", "nobody", read_only.file()});
+  const ProgramResult result =
+      RunBroken({"whole", "nobody_redirect", read_only / "file"});
   EXPECT_EQ(result.exit_status, 0);
   EXPECT_EQ(result.errors, kOutputFails);
-  EXPECT_EQ(ReadFile(read_only.file()), "old\n");
+  EXPECT_EQ(ReadFile(read_only / "file"), "old\n");
 }
 
 TEST(BrokenRedirection, IsRepairedByAnotherOne) {

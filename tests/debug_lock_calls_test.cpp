@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <string>
 #include <thread>
@@ -154,6 +155,21 @@ TEST_F(DebugRLockCalls, EnterTheBooksOncePerOperation) {
   EXPECT_THAT(Take(), ElementsAre());
 }
 
+TEST_F(DebugRLockCalls, StayInTheBooksThroughoutAnOperation) {
+  lock_.lock();
+  Take();
+  lock_.SetOwner(std::this_thread::get_id());
+  EXPECT_THAT(Take(), ElementsAre("lock books", "unlock books"));
+  lock_.SetWaitWillUnlock(true, "a.cpp", 1);
+  EXPECT_THAT(Take(), ElementsAre("lock books", "unlock books"));
+  // What a wait does in between.
+  lock_.DebugLockImpl_::SetOwner(std::thread::id());
+  Take();
+  lock_.SetWaitWillUnlock(false, "a.cpp", 1);
+  EXPECT_THAT(Take(), ElementsAre("lock books", "unlock books"));
+  lock_.unlock();
+}
+
 template <typename Impl>
 class DebugLockFailures : public testing::Test {};
 
@@ -219,6 +235,30 @@ TEST(DebugRLock, ReleasesItsMutexBeforeItCountsDown) {
   lock.unlock();
   EXPECT_THAT(counts, ElementsAre(2, 1));
   EXPECT_THAT(owners, ElementsAre(self, self));
+}
+
+TEST(DebugLock, LeavesItsMutexToDerivedClassesThatAsk) {
+  class Derived : public orvo::DebugLockImpl_ {
+   public:
+    explicit Derived(bool flag) : DebugLockImpl_("orders", flag) {
+      InitializeRecursiveMutex();
+    }
+  };
+  std::vector<pthread_mutex_t*> initialised;
+  const ScopedHook hook(
+      orvo_test::pthread_mutex_init_calls,
+      [&](pthread_mutex_t* mutex, const pthread_mutexattr_t* attributes) {
+        initialised.push_back(mutex);
+        return orvo_test::pthread_mutex_init_calls.Real(mutex, attributes);
+      });
+  for (const bool flag : {true, false}) {
+    SCOPED_TRACE(flag);
+    Derived lock(flag);
+    EXPECT_EQ(
+        std::count(initialised.begin(), initialised.end(), lock.get_mutex()),
+        1);
+    initialised.clear();
+  }
 }
 
 TEST(DebugRLock, MakesItsMutexRecursive) {

@@ -6,9 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <future>
-#include <iostream>
 #include <random>
-#include <streambuf>
 #include <thread>
 #include <vector>
 
@@ -19,36 +17,18 @@
 #include "tests/support/debug_locks.h"
 #include "tests/support/interpose/calls.h"
 #include "tests/support/latch.h"
+#include "tests/support/silence.h"
 
 namespace {
 
 using orvo_test::Latch;
 using orvo_test::OpenBooks;
 using orvo_test::ScopedHook;
+using orvo_test::Silence;
 
 constexpr int kThreads = 8;
 constexpr int kSteps = 2000;
 constexpr unsigned kSeed = 20261121;
-
-// Swallows banners, which are many.
-class Silence : public std::streambuf {
- public:
-  Silence() : saved_(std::cout.rdbuf(this)) {}
-  Silence(const Silence&) = delete;
-  Silence& operator=(const Silence&) = delete;
-  ~Silence() override { std::cout.rdbuf(saved_); }
-
- protected:
-  int_type overflow(int_type character) override {
-    return traits_type::not_eof(character);
-  }
-  std::streamsize xsputn(const char*, std::streamsize size) override {
-    return size;
-  }
-
- private:
-  std::streambuf* saved_;
-};
 
 // What the threads of one test share.
 template <typename Impl>

@@ -3,15 +3,19 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cerrno>
 #include <clocale>
 #include <cstring>
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "tests/support/allocations.h"
 #include "tests/support/interpose/calls.h"
+#include "tests/support/latch.h"
 
 namespace {
 
@@ -47,6 +51,50 @@ int CallVformat(char* buffer, unsigned long size, const char* fmt, ...) {
   return length;
 }
 
+// Lets other threads go on as soon as the system has written a text.
+class Interruptions {
+  ScopedHook<int(char*, std::size_t, const char*, va_list)> vsnprintf_{
+      orvo_test::vsnprintf_calls, [](auto... arguments) {
+        const int length = orvo_test::vsnprintf_calls.Real(arguments...);
+        std::this_thread::yield();
+        return length;
+      }};
+  ScopedHook<int(int, char*, std::size_t)> strerror_r_{
+      orvo_test::strerror_r_calls, [](auto... arguments) {
+        const int result = orvo_test::strerror_r_calls.Real(arguments...);
+        std::this_thread::yield();
+        return result;
+      }};
+};
+
+// How often a check fails that each of eight threads makes again and again, all
+// of them at once. The check takes the thread's number.
+template <typename Check>
+int FailuresInThreads(Check check) {
+  constexpr int kThreads = 8;
+  constexpr int kRounds = 50;
+  const Interruptions interruptions;
+  std::atomic<int> failures{0};
+  orvo_test::Latch start(kThreads);
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < kThreads; ++thread) {
+    threads.emplace_back([&, thread] {
+      start.Arrive();
+      for (int round = 0; round < kRounds; ++round) {
+        if (!check(thread)) ++failures;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  return failures;
+}
+
+// Of different lengths, of which some need a second pass.
+std::string TextOfThread(int thread) {
+  return std::string(static_cast<std::size_t>(200 + 16 * thread),
+                     static_cast<char>('a' + thread));
+}
+
 TEST(Vformat, ReturnsTheFullLengthAndCutsTheText) {
   char buffer[8] = "xxxxxxx";
   EXPECT_EQ(CallVformat(buffer, 4, "%s", "abcdef"), 6);
@@ -60,6 +108,17 @@ TEST(Vformat, ReturnsANegativeNumberOnFailure) {
   EXPECT_LT(CallVformat(buffer, sizeof buffer, "%d", 1), 0);
 }
 
+TEST(Vformat, KeepsTheTextsOfSeveralThreadsApart) {
+  EXPECT_EQ(FailuresInThreads([](int thread) {
+              const std::string text = TextOfThread(thread);
+              char buffer[512];
+              const int length =
+                  CallVformat(buffer, sizeof buffer, "%s", text.c_str());
+              return length == 200 + 16 * thread && buffer == text;
+            }),
+            0);
+}
+
 TEST(Format, ExpandsTheSameTextInBothOverloads) {
   EXPECT_EQ(orvo::format("%d-%d", 1, 2), "1-2");
   EXPECT_EQ(orvo::format(std::string("%d-%d"), 1, 2), "1-2");
@@ -71,6 +130,10 @@ TEST(Format, TakesTextWithoutConversionsAsItIs) {
   EXPECT_EQ(orvo::format("plain text"), "plain text");
   EXPECT_EQ(orvo::format(std::string("plain text")), "plain text");
   EXPECT_EQ(orvo::format(std::string()), "");
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-zero-length"
+  EXPECT_EQ(orvo::format(""), "");
+#pragma GCC diagnostic pop
 }
 
 TEST(Format, KeepsNulCharacters) {
@@ -147,6 +210,15 @@ TEST(Format, DoesNotExamineTheSecondPass) {
   EXPECT_EQ(orvo::format("%s", text.c_str()).size(), 300U);
 }
 
+TEST(Format, KeepsTheTextsOfSeveralThreadsApart) {
+  EXPECT_EQ(FailuresInThreads([](int thread) {
+              const std::string text = TextOfThread(thread);
+              return orvo::format("%s", text.c_str()) == text &&
+                     orvo::format(std::string("%s"), text.c_str()) == text;
+            }),
+            0);
+}
+
 TEST(Errmsg, HoldsTheSystemsTextIn256Characters) {
   const std::string text = orvo::errmsg(ENOENT);
   EXPECT_EQ(text.size(), 256U);
@@ -174,6 +246,17 @@ TEST(Errmsg, AsksTheReentrantFunctionForUpTo256Bytes) {
 TEST(Errmsg, IsEmptyWhenTheSystemFails) {
   const ScopedFailure failure("__xpg_strerror_r", ERANGE);
   EXPECT_EQ(orvo::errmsg(ENOENT), "");
+}
+
+TEST(Errmsg, KeepsTheTextsOfSeveralThreadsApart) {
+  EXPECT_EQ(FailuresInThreads([](int thread) {
+              return thread % 2 == 0
+                         ? std::strcmp(orvo::errmsg(ENOENT).c_str(),
+                                       "No such file or directory") == 0
+                         : std::strcmp(orvo::errmsg(EACCES).c_str(),
+                                       "Permission denied") == 0;
+            }),
+            0);
 }
 
 TEST(FastFormatter, WritesNineDigits) {

@@ -20,10 +20,13 @@
 
 namespace {
 
+using orvo_test::IsVirtual;
 using orvo_test::ScopedFailure;
 using orvo_test::ScopedHook;
 using orvo_test::VirtualSlot;
 using testing::ThrowsMessage;
+
+static_assert(!std::is_base_of_v<orvo::OrvoLock, orvo::LockImpl_>);
 
 template <typename Function>
 auto InAnotherThread(Function function) {
@@ -231,6 +234,11 @@ TEST(LockImpl, KeepsTheOrderOfItsVirtualOperations) {
   EXPECT_EQ(VirtualSlot(&LockImpl_::LockWithFilenameAndLineNumber), 9U);
   EXPECT_EQ(VirtualSlot(&LockImpl_::SetPendingLockingCodeReference), 10U);
   EXPECT_EQ(VirtualSlot(&LockImpl_::ThrowIfOwnedByThisThread), 11U);
+}
+
+TEST(Lock, LeavesPollingToItsImplementation) {
+  EXPECT_TRUE(IsVirtual(&orvo::LockImpl_::TimedLock));
+  EXPECT_FALSE(IsVirtual(&orvo::Lock::TimedLock));
 }
 #endif
 

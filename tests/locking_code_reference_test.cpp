@@ -57,6 +57,15 @@ TEST(LockingCodeReference, ShowsFilesAgainstTheDevelopmentRoot) {
   }
 }
 
+TEST(LockingCodeReference, ShowsAPathShorterThanTheRootAsItIs) {
+  const std::string root = ORVO_TEST_DEVELOPMENT_ROOT;
+  if (root.find('/', 1) == std::string::npos) {
+    GTEST_SKIP() << "no path is shorter than " << root;
+  }
+  EXPECT_EQ(LockingCodeReference("f", "/a.cpp", 3).GetAsString(),
+            "f --> /a.cpp:3");
+}
+
 TEST(LockingCodeReference, ShowsAnyLineInDecimal) {
   const struct {
     int line;

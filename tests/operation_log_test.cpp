@@ -45,11 +45,6 @@ TEST(LogAttempt, WritesACapitalisedSentence) {
   }
 }
 
-TEST(LogAttempt, PrintsLineZeroAndBlanksInTheFileNameAsTheyAre) {
-  EXPECT_EQ(OutputOf([] { orvo::LogAttempt("my file.cpp", 0, "go"); }),
-            "[DEBUG] my file.cpp line 0: Go.\n");
-}
-
 TEST(LogAttempt, TakesDescriptionsOfAnyLength) {
   const std::string what(1000, 'y');
   EXPECT_EQ(OutputOf([&] { orvo::LogAttempt("f", 1, what); }),
@@ -145,6 +140,29 @@ TEST(CreateFailureMessage, PrintsNothing) {
               EXPECT_NE(orvo::CreateFailureMessage("f", 1, "x", "y"), "");
             }),
             "");
+}
+
+TEST(OperationLog, PrintsLineZeroAndBlanksInTheFileNameAsTheyAre) {
+  EXPECT_EQ(OutputOf([] { orvo::LogAttempt("my file.cpp", 0, "go"); }),
+            "[DEBUG] my file.cpp line 0: Go.\n");
+  EXPECT_EQ(OutputOf([] { orvo::LogSuccess("my file.cpp", 0, "go"); }),
+            "[DEBUG] my file.cpp line 0: Succeeded go.\n");
+  EXPECT_EQ(orvo::CreateFailureMessage("my file.cpp", 0, "go", ""),
+            "my file.cpp line 0: Error go.");
+  EXPECT_EQ(orvo::CreateFailureMessage("my file.cpp", 0, "", ""),
+            "my file.cpp line 0: Error.");
+}
+
+TEST(OperationLog, PrintsLinesThatNoIntHoldsAsNegativeOnes) {
+  constexpr unsigned int kLine = 4294967295U;
+  EXPECT_EQ(OutputOf([] { orvo::LogAttempt("f", kLine, "go"); }),
+            "[DEBUG] f line -1: Go.\n");
+  EXPECT_EQ(OutputOf([] { orvo::LogSuccess("f", kLine, "go"); }),
+            "[DEBUG] f line -1: Succeeded go.\n");
+  EXPECT_EQ(orvo::CreateFailureMessage("f", kLine, "go", "why"),
+            "f line -1: Error go.\n        why");
+  EXPECT_EQ(orvo::CreateFailureMessage("f", kLine, "", ""),
+            "f line -1: Error.");
 }
 
 TEST(OperationLog, PassesOnThatMemoryRunsOut) {

@@ -30,6 +30,7 @@ using orvo::path::PathError;
 using orvo_test::CountOpenDescriptors;
 using orvo_test::ScopedFailure;
 using orvo_test::ScopedHook;
+using orvo_test::ScopedWorkingDirectory;
 using orvo_test::TemporaryFolder;
 using orvo_test::WriteFile;
 using testing::ElementsAre;
@@ -75,20 +76,6 @@ class MkdirRecorder {
                                                paths_.emplace_back(path);
                                                return 0;
                                              }};
-};
-
-class ScopedWorkingDirectory {
- public:
-  explicit ScopedWorkingDirectory(const std::string& path)
-      : saved_(std::filesystem::current_path()) {
-    std::filesystem::current_path(path);
-  }
-  ScopedWorkingDirectory(const ScopedWorkingDirectory&) = delete;
-  ScopedWorkingDirectory& operator=(const ScopedWorkingDirectory&) = delete;
-  ~ScopedWorkingDirectory() { std::filesystem::current_path(saved_); }
-
- private:
-  std::filesystem::path saved_;
 };
 
 // Gives up the superuser's rights for a while, if the process has them.

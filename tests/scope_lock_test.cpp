@@ -106,6 +106,15 @@ TYPED_TEST(AnyScopeLock, TakesTheLockAgainInItsOwnWay) {
   EXPECT_THAT(this->lock_.TakeCalls(), ElementsAre("unlock"));
 }
 
+TYPED_TEST(AnyScopeLock, AcquiresInItsOwnWayWhenAskedDirectly) {
+  Scope<TypeParam> scope(this->lock_);
+  this->lock_.unlock();
+  this->lock_.TakeCalls();
+  scope->Acquire();
+  EXPECT_THAT(this->lock_.TakeCalls(),
+              ElementsAre(Scope<TypeParam>::LockCall()));
+}
+
 TYPED_TEST(AnyScopeLock, TriesForAReleasedLock) {
   {
     Scope<TypeParam> scope(this->lock_);
@@ -361,6 +370,19 @@ TEST(DebugScopeLock, NamesThePlaceAtEachAcquisition) {
     scope.unlock();
     scope.lock();
   }
+}
+
+TEST(DebugScopeLock, NamesThePlaceWhenAskedDirectly) {
+  RecordingLock lock;
+  orvo::DebugScopeLock scope(lock, "AddOrder", "shop/orders.cpp", 62);
+  lock.unlock();
+  scope.SetWaitWillUnlock(true, "elsewhere.cpp", 1);
+  lock.TakeCalls();
+  static_cast<orvo::ScopeLockBase&>(scope).Acquire();
+  EXPECT_THAT(lock.TakeCalls(), ElementsAre("LockWithFilenameAndLineNumber"));
+  EXPECT_EQ(lock.function(), "AddOrder");
+  EXPECT_EQ(lock.file(), "shop/orders.cpp");
+  EXPECT_EQ(lock.line(), 62);
 }
 
 TEST(DebugScopeLock, ReleasesNothingThatItDidNotTake) {

@@ -9,14 +9,17 @@
 #include <cstring>
 #include <fstream>
 #include <list>
+#include <mutex>
 #include <new>
 #include <string>
+#include <thread>
 #include <type_traits>
 #include <vector>
 
 #include "tests/support/allocations.h"
 #include "tests/support/capture.h"
 #include "tests/support/interpose/calls.h"
+#include "tests/support/latch.h"
 #include "tests/support/standard_library.h"
 
 namespace {
@@ -57,15 +60,22 @@ class FakeStack {
     lines_.insert(lines_.end(), callers.begin(), callers.end());
   }
 
-  // The sizes of the buffers that were offered for return addresses.
+  // The sizes of the buffers that were offered for return addresses, once the
+  // threads that offered them have ended.
   const std::vector<int>& sizes() const { return sizes_; }
 
  private:
+  void Note(int size) {
+    const std::lock_guard<std::mutex> guard(mutex_);
+    sizes_.push_back(size);
+  }
+
   std::vector<std::string> lines_;
-  std::vector<int> sizes_;
+  std::mutex mutex_;
+  std::vector<int> sizes_;  // guarded by mutex_
   ScopedHook<int(void**, int)> addresses_{
       orvo_test::backtrace_calls, [this](void** buffer, int size) {
-        sizes_.push_back(size);
+        Note(size);
         const int count = std::min(size, static_cast<int>(lines_.size()));
         std::fill_n(buffer, count, nullptr);
         return count;
@@ -677,6 +687,31 @@ TEST(PrintStackTrace, PrintsAsManyFramesAsAskedFor) {
   PrintStackTrace(1);
   EXPECT_EQ(output.Text(), "\nstack trace:\n1  shop  0x2  main + 2\n");
   EXPECT_THAT(stack.sizes(), ElementsAre(3));
+}
+
+TEST(PrintStackTrace, KeepsTheTracesOfSeveralThreadsWhole) {
+  constexpr int kThreads = 8;
+  constexpr int kRounds = 100;
+  const FakeStack stack({"1 orvo 0x1 PrintStackTrace + 1",
+                         "2 shop 0x2 main + 2", "3 shop 0x333 start + 3"});
+  const StdoutCapture output;
+  orvo_test::Latch start(kThreads);
+  std::vector<std::thread> threads;
+  for (int i = 0; i < kThreads; ++i) {
+    threads.emplace_back([&] {
+      start.Arrive();
+      for (int round = 0; round < kRounds; ++round) PrintStackTrace(20);
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  std::string expected;
+  for (int i = 0; i < kThreads * kRounds; ++i) {
+    expected +=
+        "\nstack trace:\n"
+        "1  shop  0x2    main + 2\n"
+        "2  shop  0x333  start + 3\n";
+  }
+  EXPECT_EQ(output.Text(), expected);
 }
 
 TEST(PrintStackTrace, SaysThatThereAreNoFrames) {

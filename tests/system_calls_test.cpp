@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <functional>
 #include <iostream>
+#include <memory>
 #include <new>
 #include <set>
 #include <stdexcept>
@@ -82,6 +83,40 @@ std::string List() {
 
 std::string ListInOrder() {
   return std::to_string(orvo::path::entries("folder").size());
+}
+
+// An object in memory that is all zero, which the system takes for a sound
+// mutex and for a sound condition even where it did not initialise them.
+template <typename Object>
+class InZeroes {
+ public:
+  template <typename... Arguments>
+  explicit InZeroes(const Arguments&... arguments)
+      : memory_(std::calloc(1, sizeof(Object)), std::free),
+        object_(new (memory_.get()) Object(arguments...)) {}
+  InZeroes(const InZeroes&) = delete;
+  InZeroes& operator=(const InZeroes&) = delete;
+  ~InZeroes() { object_->~Object(); }
+
+  Object* operator->() { return object_; }
+
+ private:
+  const std::unique_ptr<void, void (*)(void*)> memory_;
+  Object* const object_;
+};
+
+template <typename Impl>
+std::string MakeLock() {
+  InZeroes<Impl> lock("lock");
+  lock->lock();
+  lock->unlock();
+  return "made";
+}
+
+std::string MakeCondition() {
+  InZeroes<orvo::Condition> changed;
+  changed->BroadcastWhileLocked();
+  return "made";
 }
 
 std::string TryLock() {
@@ -368,6 +403,7 @@ void AddFiles(Rows* rows) {
   // A failure ends the list like the end of the folder.
   Add(rows, "readdir", {EBADF, EIO, ENOENT, EOVERFLOW},
       {{List, "0"}, {ListInOrder, "0"}});
+  Add(rows, "closedir", {EBADF, EINTR, EIO}, {{ListInOrder, "1"}});
 }
 
 void AddExceptionLog(Rows* rows) {
@@ -386,6 +422,9 @@ void AddExceptionLog(Rows* rows) {
 }
 
 void AddLocks(Rows* rows) {
+  Add(rows, "pthread_mutex_init", {EAGAIN, EBUSY, EINVAL, ENOMEM, EPERM},
+      {{MakeLock<orvo::LockImpl_>, "made"},
+       {MakeLock<orvo::RLockImpl_>, "made"}});
   for (const int error :
        {EAGAIN, EDEADLK, EINVAL, ENOTRECOVERABLE, EOWNERDEAD, EPERM}) {
     const std::string outcome =
@@ -417,6 +456,8 @@ void AddLocks(Rows* rows) {
 }
 
 void AddConditions(Rows* rows) {
+  Add(rows, "pthread_cond_init", {EAGAIN, EBUSY, EINVAL, ENOMEM},
+      {{MakeCondition, "made"}});
   for (const int error : {EINVAL, ENOTRECOVERABLE, EPERM}) {
     const std::string rest = " errcode " + std::to_string(error) + "\nfalse";
     Add(rows, "pthread_cond_timedwait", {error},
@@ -518,7 +559,6 @@ void LimitTime(std::chrono::microseconds time) {
 class SystemCalls : public testing::Test {
  protected:
   SystemCalls() {
-    std::filesystem::current_path(folder_.path());
     std::filesystem::create_directory("folder");
     orvo_test::WriteFile("folder/file", "");
     orvo::SetThreadExceptionLogPath("log");
@@ -527,12 +567,11 @@ class SystemCalls : public testing::Test {
   ~SystemCalls() override {
     LimitTime(std::chrono::seconds(0));
     orvo::SetThreadExceptionLogPath("");
-    std::filesystem::current_path(former_);
   }
 
  private:
-  const std::filesystem::path former_ = std::filesystem::current_path();
   const TemporaryFolder folder_;
+  const orvo_test::ScopedWorkingDirectory directory_{folder_.path()};
   const orvo_test::ScopedTimeZone zone_{"UTC0"};
 };
 
@@ -569,6 +608,9 @@ TEST_F(SystemCalls, SucceedAfterwards) {
       {List, "3"},
       {ListInOrder, "1"},
       {LogToFile, "LogException(m)\n[\nf line 7: m\n]"},
+      {MakeLock<orvo::LockImpl_>, "made"},
+      {MakeLock<orvo::RLockImpl_>, "made"},
+      {MakeCondition, "made"},
       {TryLock, "true"},
       {PollForLock, "true"},
       {PollForHeldLock, "false"},

@@ -116,6 +116,28 @@ TEST(ThreadNames, KeepsTheNameOfAThreadThatHasEnded) {
   EXPECT_EQ(names.GetThreadName(id), "ended");
 }
 
+TEST(ThreadNames, PassesANameOnToALaterThreadOfTheSameId) {
+  constexpr int kMostThreads = 1000;
+  ThreadNames names;
+  std::thread::id id;
+  InAThread([&] {
+    id = std::this_thread::get_id();
+    names.SetNameOfCurrentThread("first");
+  });
+  bool repeated = false;
+  for (int i = 0; i < kMostThreads && !repeated; ++i) {
+    InAThread([&] {
+      repeated = std::this_thread::get_id() == id;
+      if (!repeated) return;
+      EXPECT_EQ(names.GetNameOfCurrentThread(), "first");
+      names.SetNameOfCurrentThread("second");
+      EXPECT_EQ(names.GetNameOfCurrentThread(), "second");
+    });
+  }
+  if (!repeated) GTEST_SKIP() << "The system gave no thread this id again.";
+  EXPECT_EQ(names.GetThreadName(id), "second");
+}
+
 TEST(ThreadNames, CanBeReadThroughAConstantReference) {
   ThreadNames names;
   names.SetNameOfCurrentThread("worker");

@@ -16,10 +16,8 @@
 #include <cstdlib>
 #include <ctime>
 #include <exception>
-#include <iostream>
 #include <memory>
 #include <random>
-#include <streambuf>
 #include <type_traits>
 #include <utility>
 
@@ -29,6 +27,7 @@
 #include "orvo/orvo_lock_debug.h"
 #include "orvo/scope_lock.h"
 #include "tests/support/interpose/calls.h"
+#include "tests/support/silence.h"
 #include "torture/support.h"
 
 namespace {
@@ -511,26 +510,6 @@ void TortureTwinNamed(const std::string& name) {
   std::_Exit(2);
 }
 
-// Swallows the banners of the debug locks, which are many.
-class Silence : public std::streambuf {
- public:
-  Silence() : saved_(std::cout.rdbuf(this)) {}
-  Silence(const Silence&) = delete;
-  Silence& operator=(const Silence&) = delete;
-  ~Silence() override { std::cout.rdbuf(saved_); }
-
- protected:
-  int_type overflow(int_type character) override {
-    return traits_type::not_eof(character);
-  }
-  std::streamsize xsputn(const char*, std::streamsize size) override {
-    return size;
-  }
-
- private:
-  std::streambuf* saved_;
-};
-
 void TortureAll(int threads, const Options& options) {
   const long plain = options.Number("acquisitions", 100000);
   const long debug = options.Number("debug", 50000);
@@ -544,7 +523,7 @@ void TortureAll(int threads, const Options& options) {
 
 int main(int argc, char** argv) {
   const Options options(argc, argv);
-  const Silence silence;
+  const orvo_test::Silence silence;
   const orvo_test::ScopedHook hook(
       orvo_test::nanosleep_calls,
       [](const timespec*, timespec*) { return sched_yield(); });

@@ -1,5 +1,5 @@
-#ifndef ORVO_INTERNAL_DEBUG_BOOKS_H_
-#define ORVO_INTERNAL_DEBUG_BOOKS_H_
+#ifndef ORVO_SRC_INTERNAL_DEBUG_BOOKS_H_
+#define ORVO_SRC_INTERNAL_DEBUG_BOOKS_H_
 
 #include <pthread.h>
 
@@ -28,4 +28,4 @@ inline void RecordAcquisition(DebugLockImpl_& impl) {
 
 }  // namespace orvo::internal
 
-#endif  // ORVO_INTERNAL_DEBUG_BOOKS_H_
+#endif  // ORVO_SRC_INTERNAL_DEBUG_BOOKS_H_

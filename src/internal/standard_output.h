@@ -1,5 +1,5 @@
-#ifndef ORVO_INTERNAL_STANDARD_OUTPUT_H_
-#define ORVO_INTERNAL_STANDARD_OUTPUT_H_
+#ifndef ORVO_SRC_INTERNAL_STANDARD_OUTPUT_H_
+#define ORVO_SRC_INTERNAL_STANDARD_OUTPUT_H_
 
 #include <iostream>
 #include <mutex>
@@ -22,4 +22,4 @@ class StandardOutput {
 
 }  // namespace orvo::internal
 
-#endif  // ORVO_INTERNAL_STANDARD_OUTPUT_H_
+#endif  // ORVO_SRC_INTERNAL_STANDARD_OUTPUT_H_

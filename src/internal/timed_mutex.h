@@ -1,5 +1,5 @@
-#ifndef ORVO_INTERNAL_TIMED_MUTEX_H_
-#define ORVO_INTERNAL_TIMED_MUTEX_H_
+#ifndef ORVO_SRC_INTERNAL_TIMED_MUTEX_H_
+#define ORVO_SRC_INTERNAL_TIMED_MUTEX_H_
 
 #include <pthread.h>
 #include <sched.h>
@@ -55,4 +55,4 @@ inline bool TryLockBefore(pthread_mutex_t* mutex, const Deadline& deadline) {
 
 }  // namespace orvo::internal
 
-#endif  // ORVO_INTERNAL_TIMED_MUTEX_H_
+#endif  // ORVO_SRC_INTERNAL_TIMED_MUTEX_H_

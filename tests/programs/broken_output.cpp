@@ -13,7 +13,7 @@
 //   messages     one message of every kind that the library writes
 //   log PATH     an exception, logged to a file
 //   redirect PATH...  redirects to each of the paths and writes a line after it
-//   nobody PATH...    the same without the rights of the super-user
+//   nobody_log, nobody_redirect  the same without the rights of the super-user
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -62,14 +62,18 @@ void WriteEveryKindOfMessage() {
   lock.unlock();
 }
 
-void Act(const std::string& action, int argc, char** argv) {
+void Act(std::string action, int argc, char** argv) {
+  const std::string nobody = "nobody_";
+  if (action.compare(0, nobody.size(), nobody) == 0) {
+    if (geteuid() == 0 && setuid(65534) != 0) _exit(2);
+    action.erase(0, nobody.size());
+  }
   if (action == "messages") WriteEveryKindOfMessage();
   if (action == "log") {
     orvo::SetThreadExceptionLogPath(argv[3]);
     orvo::LogException("m", "f", 7);
   }
-  if (action == "nobody" && geteuid() == 0 && setuid(65534) != 0) _exit(2);
-  if (action == "redirect" || action == "nobody") {
+  if (action == "redirect") {
     for (int i = 3; i < argc; ++i) {
       orvo::RedirectCout(argv[i]);
       orvo::CoutBuffer() << "line " << i - 2 << orvo::endl;

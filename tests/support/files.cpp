@@ -25,6 +25,15 @@ std::string TemporaryFolder::operator/(const std::string& name) const {
   return path_ + "/" + name;
 }
 
+ScopedWorkingDirectory::ScopedWorkingDirectory(const std::string& path)
+    : saved_(std::filesystem::current_path().string()) {
+  std::filesystem::current_path(path);
+}
+
+ScopedWorkingDirectory::~ScopedWorkingDirectory() {
+  std::filesystem::current_path(saved_);
+}
+
 std::string ReadFile(const std::string& path) {
   std::ifstream file(path, std::ios_base::binary);
   return {std::istreambuf_iterator<char>(file), {}};

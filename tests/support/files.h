@@ -23,6 +23,18 @@ class TemporaryFolder {
   std::string path_;
 };
 
+/// Makes a folder the working directory while the object lives.
+class ScopedWorkingDirectory {
+ public:
+  explicit ScopedWorkingDirectory(const std::string& path);
+  ScopedWorkingDirectory(const ScopedWorkingDirectory&) = delete;
+  ScopedWorkingDirectory& operator=(const ScopedWorkingDirectory&) = delete;
+  ~ScopedWorkingDirectory();
+
+ private:
+  std::string saved_;
+};
+
 /// The whole file, or "" if it cannot be read.
 std::string ReadFile(const std::string& path);
 
