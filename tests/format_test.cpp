@@ -123,7 +123,7 @@ TEST(Format, ExpandsTheSameTextInBothOverloads) {
   EXPECT_EQ(orvo::format("%d-%d", 1, 2), "1-2");
   EXPECT_EQ(orvo::format(std::string("%d-%d"), 1, 2), "1-2");
   EXPECT_EQ(orvo::format("%.2f %s", 1.5, "m"), "1.50 m");
-  EXPECT_EQ(orvo::format(std::string("%.2f %s"), 1.5, "m"), "1.50 m");
+  EXPECT_EQ(orvo::format(std::string("%.2f %s"), 2.25, "m"), "2.25 m");
 }
 
 TEST(Format, TakesTextWithoutConversionsAsItIs) {
