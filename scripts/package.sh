@@ -15,7 +15,9 @@ system=$project/build/debian-root
 need_package_tools() {
   need_build_tools
   [ -n "$nocheck" ] || need_test_tools
-  need dh:debhelper dpkg-buildpackage:dpkg-dev lintian:lintian doxygen:doxygen dot:graphviz
+  # dpkg-buildpackage asks for the package by its name, not for what it brings.
+  need /usr/share/build-essential/list:build-essential dh:debhelper dpkg-buildpackage:dpkg-dev \
+    lintian:lintian doxygen:doxygen dot:graphviz
 }
 
 # The parts of a release that name its version agree.
