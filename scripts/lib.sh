@@ -50,8 +50,8 @@ need_build_tools() { need g++:g++ cmake:cmake ninja:ninja-build; }
 need_test_tools() {
   need_build_tools
   need /usr/include/gtest/gtest.h:libgtest-dev /usr/include/gmock/gmock.h:libgmock-dev \
-    /usr/include/rapidcheck.h:librapidcheck-dev pkg-config:pkg-config nm:binutils \
-    gdb:gdb python3:python3
+    /usr/include/rapidcheck.h:librapidcheck-dev /usr/include/fmt/format.h:libfmt-dev \
+    pkg-config:pkg-config nm:binutils gdb:gdb python3:python3
 }
 
 # build PRESET [TARGET...]: configures and builds, silent unless something goes
