@@ -16,9 +16,10 @@
 ///
 /// A thread that waits in vain says so on the standard output and keeps
 /// trying; a release by the wrong thread is an exception; books that do not
-/// add up end the process in an assertion or, where assertions are compiled
-/// out, print a line that begins "Would have thrown. ". Give threads names
-/// (thread_names.h), because the reports show them.
+/// add up end the process in an assertion. Where assertions are compiled out, a
+/// wait that is announced wrongly prints "Would have thrown." and why, and the
+/// rest passes without a word. Give threads names (thread_names.h), because the
+/// reports show them.
 ///
 /// Any thread may use a debug lock at any time. Its books have a mutex of their
 /// own, which is never held while a thread waits for the lock itself.
