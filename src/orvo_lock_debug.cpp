@@ -61,7 +61,9 @@ void PrintNotAcquiredOnce(int line, int count, const std::string& callers_file,
 // Keeps a name within its line.
 std::string InOneLine(std::string text) {
   for (char& character : text) {
-    if (static_cast<unsigned char>(character) < ' ') character = ' ';
+    const bool control =
+        static_cast<unsigned char>(character) < ' ' || character == '\x7f';
+    if (control) character = ' ';
   }
   return text;
 }
