@@ -21,6 +21,7 @@ const std::string developmentRoot = ORVO_DEVELOPMENT_ROOT;
 // id only.
 constexpr std::memory_order kRelaxed = std::memory_order_relaxed;
 
+// TimedLock() keeps 32 bits of the nanoseconds: 0.7 s of requested sleep.
 constexpr double kSecondsBetweenBanners = 5.0;
 
 using BooksGuard = std::lock_guard<std::recursive_mutex>;

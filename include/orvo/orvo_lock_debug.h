@@ -78,9 +78,15 @@ class ORVO_EXPORT LockingCodeReference {
 /// @code
 /// orvo::Lock lock(std::make_unique<orvo::DebugLockImpl_>("orders"));
 /// lock.lock();
-/// std::thread([&] { lock.unlock(); });  // LockError: "Unnamed thread tried to
-///                                       // release lock orders without first
-///                                       // acquiring it."
+/// std::thread([&] {
+///   try {
+///     lock.unlock();
+///   } catch (const orvo::LockError& error) {
+///     orvo::CoutBuffer() << error.what() << orvo::endl;
+///   }
+/// }).join();  // prints "Unnamed thread tried to release lock orders without
+///             // first acquiring it."
+/// lock.unlock();
 /// @endcode
 ///
 /// TimedLock() is that of the base and, called by a program, records no owner.
