@@ -1,6 +1,7 @@
 # Shared by the scripts beside it: installing what is missing, and building
 # without noise. Sourced, never run.
 
+callers_folder=$PWD
 project=$(cd "$(dirname "$0")/.." && pwd)
 cd "$project" || exit 1
 
@@ -9,6 +10,14 @@ say() { printf '==> %s\n' "$*"; }
 fail() {
   printf '%s: %s\n' "$(basename "$0")" "$*" >&2
   exit 1
+}
+
+# absolute PATH: what the caller means by it, who may stand in another folder.
+absolute() {
+  case $1 in
+    /*) printf '%s\n' "$1" ;;
+    *) printf '%s\n' "$callers_folder/$1" ;;
+  esac
 }
 
 # need WHAT:PACKAGE...: makes sure that each command or file WHAT is there and
