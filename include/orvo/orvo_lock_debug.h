@@ -62,9 +62,10 @@ class ORVO_EXPORT LockingCodeReference {
 
   /// Function, file and line, for example "AddOrder --> shop/orders.cpp:62".
   ///
-  /// @return  Empty without a reference. The file is shown relative to the
-  ///          directory that ORVO_DEVELOPMENT_ROOT named when the library was
-  ///          built.
+  /// @return  Empty without a reference. The file is shown without the
+  ///          leading components that it shares with the directory that
+  ///          ORVO_DEVELOPMENT_ROOT named when the library was built, also
+  ///          where it lies elsewhere; see path::relpath().
   std::string GetAsString() const;
 
  private:
