@@ -16,6 +16,7 @@ else()
   set(orvo_pc_libdir "\${prefix}/${CMAKE_INSTALL_LIBDIR}")
   set(orvo_pc_includedir "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
 endif()
+list(TRANSFORM CMAKE_DL_LIBS PREPEND " -l" OUTPUT_VARIABLE orvo_pc_dl)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/orvo.pc.in orvo.pc @ONLY)
 
 install(TARGETS orvo EXPORT orvo-targets FILE_SET HEADERS)

@@ -172,11 +172,29 @@ class Threads:
 # Locks
 
 
+def components(path):
+    """Those of a path, as orvo::path::split_to_vector() finds them."""
+    last = []
+    while "/" in path:
+        path, _, name = path.rpartition("/")
+        if not name:
+            break
+        last.insert(0, name)
+    return [path] + last
+
+
 def shorten(file):
-    """The path of a source file, without the development root."""
+    """The path of a source file, without what it shares with the development
+    root, as orvo::path::relpath() has it."""
     root = gdb.lookup_static_symbol("orvo::(anonymous namespace)::developmentRoot")
-    root = read_string(root.value()) + "/" if root else ""
-    return file[len(root) :] if file.startswith(root) else file
+    if not root:
+        return file
+    names, start = components(file), components(read_string(root.value()))
+    if names[0] != start[0] or len(names) < len(start):
+        return file
+    while names and start and names[0] == start[0]:
+        del names[0], start[0]
+    return "/".join(names)
 
 
 def place_text(reference):

@@ -30,14 +30,24 @@ build_library() {
 describe() {
   abidw --suppressions "$suppressions" --exported-interfaces-only --drop-undefined-syms \
     --no-corpus-path --no-comp-dir-path --no-show-locs --no-elf-needed --no-parameter-names \
-    --type-id-style hash "$work/$1/liborvo.so.1" |
-    sed "s|path='[^']*/src/|path='src/|; s/ declared-inline='yes'//" >"$work/$1.abi"
+    --type-id-style hash "$work/$1/liborvo.so.1" >"$work/described" ||
+    fail "abidw cannot describe $1"
+  sed "s|path='[^']*/src/|path='src/|; s/ declared-inline='yes'//" "$work/described" >"$work/$1.abi"
 }
 
 # differs ABI: whether an interface differs from the snapshot in any way, which
-# differs.txt then tells.
+# differs.txt then tells. 4 and 8 are abidiff's words for changes.
 differs() {
-  ! abidiff --harmless --no-show-locs "$snapshot" "$1" >"$work/differs.txt" 2>&1
+  status=0
+  abidiff --harmless --no-show-locs "$snapshot" "$1" >"$work/differs.txt" 2>&1 || status=$?
+  case $status in
+    0) return 1 ;;
+    4 | 8 | 12) ;;
+    *)
+      cat "$work/differs.txt" >&2
+      fail "abidiff cannot compare $(basename "$1") (status $status)"
+      ;;
+  esac
 }
 
 # plant NAME FILE EXPRESSION: a copy of the sources with one change, which has to

@@ -13,8 +13,8 @@ reports=$project/build/bench/reports
 page=
 while [ $# -gt 0 ]; do
   case $1 in
-    --json) reports=${2:?$usage} && shift 2 ;;
-    --write) page=${2:?$usage} && shift 2 ;;
+    --json) reports=$(absolute "${2:?$usage}") && shift 2 ;;
+    --write) page=$(absolute "${2:?$usage}") && shift 2 ;;
     -*) fail "$usage" ;;
     *) break ;;
   esac

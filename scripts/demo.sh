@@ -4,12 +4,14 @@
 set -eu
 . "$(dirname "$0")/lib.sh"
 
+examples=build/release/examples
 if [ $# -eq 0 ]; then
   need_build_tools
   say "Building the library and its examples"
   build release
+else
+  examples=$(absolute "$1")
 fi
-examples=${1:-build/release/examples}
 mkdir -p build
 PATH=$(cd "$examples" && pwd):$PATH
 

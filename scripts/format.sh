@@ -3,11 +3,15 @@
 set -eu
 . "$(dirname "$0")/lib.sh"
 
-need clang-format:clang-format
+need clang-format:clang-format git:git
 case ${1:-} in
   --check) options="--dry-run -Werror" ;;
   "") options=-i ;;
   *) fail "usage: format.sh [--check]" ;;
 esac
+sources=$(mktemp)
+trap 'rm -f "$sources"' EXIT
+git ls-files -z '*.h' '*.cpp' >"$sources" || fail "git cannot list the sources"
+[ -s "$sources" ] || fail "git lists no sources"
 # shellcheck disable=SC2086
-git ls-files -z '*.h' '*.cpp' | xargs -0 clang-format $options
+xargs -0 clang-format $options <"$sources"

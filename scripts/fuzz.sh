@@ -53,7 +53,8 @@ each() {
   command=$1
   shift
   # shellcheck disable=SC2086
-  printf '%s\n' $targets | xargs -P "${FUZZ_JOBS:-2}" -I '{}' "$0" "$command" '{}' "$@" ||
+  printf '%s\n' $targets | xargs -P "${FUZZ_JOBS:-2}" -I '{}' \
+    "$project/scripts/fuzz.sh" "$command" '{}' "$@" ||
     fail "a target failed"
 }
 

@@ -1,6 +1,7 @@
 # Shared by the scripts beside it: installing what is missing, and building
 # without noise. Sourced, never run.
 
+callers_folder=$PWD
 project=$(cd "$(dirname "$0")/.." && pwd)
 cd "$project" || exit 1
 
@@ -9,6 +10,14 @@ say() { printf '==> %s\n' "$*"; }
 fail() {
   printf '%s: %s\n' "$(basename "$0")" "$*" >&2
   exit 1
+}
+
+# absolute PATH: what the caller means by it, who may stand in another folder.
+absolute() {
+  case $1 in
+    /*) printf '%s\n' "$1" ;;
+    *) printf '%s\n' "$callers_folder/$1" ;;
+  esac
 }
 
 # need WHAT:PACKAGE...: makes sure that each command or file WHAT is there and
@@ -50,8 +59,8 @@ need_build_tools() { need g++:g++ cmake:cmake ninja:ninja-build; }
 need_test_tools() {
   need_build_tools
   need /usr/include/gtest/gtest.h:libgtest-dev /usr/include/gmock/gmock.h:libgmock-dev \
-    /usr/include/rapidcheck.h:librapidcheck-dev pkg-config:pkg-config nm:binutils \
-    gdb:gdb python3:python3
+    /usr/include/rapidcheck.h:librapidcheck-dev /usr/include/fmt/format.h:libfmt-dev \
+    pkg-config:pkg-config nm:binutils gdb:gdb python3:python3
 }
 
 # build PRESET [TARGET...]: configures and builds, silent unless something goes

@@ -4,7 +4,7 @@
 set -eu
 . "$(dirname "$0")/lib.sh"
 
-need spin:spin gcc:gcc
+need spin:spin gcc:gcc /usr/include/stdio.h:libc6-dev
 
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT

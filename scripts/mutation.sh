@@ -31,5 +31,5 @@ say "Building the tests (dev) and the library with one jump per condition (mutat
 build dev
 build mutation
 say "Trying the mutants"
-python3 tests/mutation/mutate.py build/mutation/liborvo.so.0.1.0 build/dev \
+python3 tests/mutation/mutate.py build/mutation/liborvo.so.1 build/dev \
   ${1:+--sample "$1"} ${ORVO_MUTATION_SOURCE:+--source "$ORVO_MUTATION_SOURCE"}

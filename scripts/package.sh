@@ -15,7 +15,9 @@ system=$project/build/debian-root
 need_package_tools() {
   need_build_tools
   [ -n "$nocheck" ] || need_test_tools
-  need dh:debhelper dpkg-buildpackage:dpkg-dev lintian:lintian doxygen:doxygen dot:graphviz
+  # dpkg-buildpackage asks for the package by its name, not for what it brings.
+  need /usr/share/build-essential/list:build-essential dh:debhelper dpkg-buildpackage:dpkg-dev \
+    lintian:lintian doxygen:doxygen dot:graphviz
 }
 
 # The parts of a release that name its version agree.
@@ -105,9 +107,20 @@ update_symbols() {
 
 skip() { say "Skipped: installing the packages, because $*"; exit 0; }
 
+# What root may not do here is no fault of the packages; anything else may be one.
+explain_missing_root() {
+  if grep -v '^[IW]:' build/debian-root.log |
+    grep -qE 'Operation not permitted|Permission denied'; then
+    skip "root may not make a system here: $(tail -n 1 build/debian-root.log)"
+  fi
+  tail -n 20 build/debian-root.log >&2
+  fail "cannot make a system; the whole log is build/debian-root.log"
+}
+
 # A system with what a user of the library has, kept for the next time.
 make_root() {
   [ "$(id -u)" -eq 0 ] || skip "only root can make a system to install them in"
+  chroot / true 2>/dev/null || skip "root may not change to another system here"
   need mmdebstrap:mmdebstrap
   [ ! -e "$system/complete" ] || return 0
   say "Making a minimal Debian system in build/debian-root"
@@ -120,7 +133,7 @@ make_root() {
   mmdebstrap --variant=minbase --include=cmake,dpkg-dev,g++,ninja-build,pkg-config \
     bookworm "$system" $sources >build/debian-root.log 2>&1 &&
     chroot "$system" sh -c 'g++ --version >/dev/null' >>build/debian-root.log 2>&1 ||
-    skip "this machine cannot make a system: $(tail -n 1 build/debian-root.log)"
+    explain_missing_root
   : >"$system/complete"
 }
 

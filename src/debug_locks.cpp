@@ -1,28 +1,18 @@
 #include "orvo/debug_locks.h"
 
-#include <stdexcept>
 #include <utility>
 
 #include "internal/debug_books.h"
+#include "internal/not_null.h"
 #include "internal/timed_mutex.h"
 
 namespace orvo {
-namespace {
-
-std::unique_ptr<DebugLockImpl_> NotNull(std::unique_ptr<DebugLockImpl_> impl) {
-  if (impl == nullptr) {
-    throw std::invalid_argument("A lock needs an implementation.");
-  }
-  return impl;
-}
-
-}  // namespace
 
 DebugLock::DebugLock(const std::string& name)
     : impl_(std::make_unique<DebugLockImpl_>(name)) {}
 
 DebugLock::DebugLock(std::unique_ptr<DebugLockImpl_> impl)
-    : impl_(NotNull(std::move(impl))) {}
+    : impl_(internal::NotNull(std::move(impl))) {}
 
 DebugLock::DebugLock(DebugLock&& other) noexcept = default;
 DebugLock& DebugLock::operator=(DebugLock&& other) noexcept = default;

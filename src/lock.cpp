@@ -4,10 +4,10 @@
 #include <cmath>
 #include <cstdint>
 #include <ctime>
-#include <stdexcept>
 #include <utility>
 
 #include "internal/debug_books.h"
+#include "internal/not_null.h"
 #include "internal/timed_mutex.h"
 #include "orvo/errors.h"
 #include "orvo/format.h"
@@ -39,13 +39,6 @@ void SleepThrough(timespec* request) {
   while (nanosleep(request, &remainder) != 0 && errno == EINTR) {
     *request = remainder;
   }
-}
-
-std::unique_ptr<LockImpl_> NotNull(std::unique_ptr<LockImpl_> impl) {
-  if (impl == nullptr) {
-    throw std::invalid_argument("A lock needs an implementation.");
-  }
-  return impl;
 }
 
 }  // namespace
@@ -128,7 +121,8 @@ RLockImpl_::~RLockImpl_() = default;
 Lock::Lock(const std::string& name)
     : impl_(std::make_unique<LockImpl_>(name)) {}
 
-Lock::Lock(std::unique_ptr<LockImpl_> impl) : impl_(NotNull(std::move(impl))) {}
+Lock::Lock(std::unique_ptr<LockImpl_> impl)
+    : impl_(internal::NotNull(std::move(impl))) {}
 
 Lock::Lock(Lock&& other) noexcept = default;
 Lock& Lock::operator=(Lock&& other) noexcept = default;

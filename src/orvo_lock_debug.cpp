@@ -21,6 +21,7 @@ const std::string developmentRoot = ORVO_DEVELOPMENT_ROOT;
 // id only.
 constexpr std::memory_order kRelaxed = std::memory_order_relaxed;
 
+// TimedLock() keeps 32 bits of the nanoseconds: 0.7 s of requested sleep.
 constexpr double kSecondsBetweenBanners = 5.0;
 
 using BooksGuard = std::lock_guard<std::recursive_mutex>;
@@ -61,7 +62,9 @@ void PrintNotAcquiredOnce(int line, int count, const std::string& callers_file,
 // Keeps a name within its line.
 std::string InOneLine(std::string text) {
   for (char& character : text) {
-    if (static_cast<unsigned char>(character) < ' ') character = ' ';
+    const bool control =
+        static_cast<unsigned char>(character) < ' ' || character == '\x7f';
+    if (control) character = ' ';
   }
   return text;
 }

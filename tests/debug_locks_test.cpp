@@ -463,12 +463,13 @@ TEST(DebugRLockDeathTest, AssertsThatAWaitingThreadHoldsItOnce) {
 #endif
 
 TEST(Describe, StaysWithinOneLine) {
-  NameThisThread("the\ncook");
+  NameThisThread("the\ncook\x7f");
   orvo::DebugLockImpl_ lock("two\r\nlines");
   lock.LockWithFilenameAndLineNumber("F\n", "f.cpp", 1);
-  EXPECT_EQ(lock.Describe(),
-            "Lock two  lines is held by the cook, depth 1, last announced from "
-            "F  --> f.cpp:1.");
+  EXPECT_EQ(
+      lock.Describe(),
+      "Lock two  lines is held by the cook , depth 1, last announced from "
+      "F  --> f.cpp:1.");
   lock.unlock();
 }
 

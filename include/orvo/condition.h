@@ -54,8 +54,9 @@ class ORVO_EXPORT Condition {
 
   /// Takes the lock, waits for one wake-up and releases the lock.
   ///
-  /// The caller must not hold the lock, unless it is recursive, and nothing is
-  /// tested in between: to wait for a state use WaitWhileLocked().
+  /// The caller must not hold the lock, not even a recursive one, which would
+  /// stay taken meanwhile. Nothing is tested in between: to wait for a state
+  /// use WaitWhileLocked().
   void Wait(OrvoLock& lock) ORVO_EXCLUDES(lock);
 
   /// Waits for one wake-up; the lock is free meanwhile and held again after.

@@ -83,7 +83,8 @@ class ORVO_EXPORT BadDir : public ListDirError {
   ~BadDir() override;
 };
 
-/// A frame is not a comment frame that can be read; get_comm() handles it.
+/// A frame is not a comment frame that can be read. Only the constructor of
+/// COMMFrame throws it; get_comm() searches on.
 class ORVO_EXPORT NotACOMM : public std::runtime_error {
  public:
   /// @param message  What what() returns, unchanged.

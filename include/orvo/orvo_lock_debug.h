@@ -16,9 +16,10 @@
 ///
 /// A thread that waits in vain says so on the standard output and keeps
 /// trying; a release by the wrong thread is an exception; books that do not
-/// add up end the process in an assertion or, where assertions are compiled
-/// out, print a line that begins "Would have thrown. ". Give threads names
-/// (thread_names.h), because the reports show them.
+/// add up end the process in an assertion. Where assertions are compiled out, a
+/// wait that is announced wrongly prints "Would have thrown." and why, and the
+/// rest passes without a word. Give threads names (thread_names.h), because the
+/// reports show them.
 ///
 /// Any thread may use a debug lock at any time. Its books have a mutex of their
 /// own, which is never held while a thread waits for the lock itself.
@@ -61,9 +62,10 @@ class ORVO_EXPORT LockingCodeReference {
 
   /// Function, file and line, for example "AddOrder --> shop/orders.cpp:62".
   ///
-  /// @return  Empty without a reference. The file is shown relative to the
-  ///          directory that ORVO_DEVELOPMENT_ROOT named when the library was
-  ///          built.
+  /// @return  Empty without a reference. The file is shown without the
+  ///          leading components that it shares with the directory that
+  ///          ORVO_DEVELOPMENT_ROOT named when the library was built, also
+  ///          where it lies elsewhere; see path::relpath().
   std::string GetAsString() const;
 
  private:
@@ -77,9 +79,15 @@ class ORVO_EXPORT LockingCodeReference {
 /// @code
 /// orvo::Lock lock(std::make_unique<orvo::DebugLockImpl_>("orders"));
 /// lock.lock();
-/// std::thread([&] { lock.unlock(); });  // LockError: "Unnamed thread tried to
-///                                       // release lock orders without first
-///                                       // acquiring it."
+/// std::thread([&] {
+///   try {
+///     lock.unlock();
+///   } catch (const orvo::LockError& error) {
+///     orvo::CoutBuffer() << error.what() << orvo::endl;
+///   }
+/// }).join();  // prints "Unnamed thread tried to release lock orders without
+///             // first acquiring it."
+/// lock.unlock();
 /// @endcode
 ///
 /// TimedLock() is that of the base and, called by a program, records no owner.

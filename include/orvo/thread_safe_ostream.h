@@ -34,7 +34,8 @@ class StandardOutput;
 
 /// A standard output stream behind a mutex.
 ///
-/// No operation throws; a failed write shows in the state of the target.
+/// A failed write shows in the state of the target, and is an exception only
+/// where the target has an exceptions() mask.
 class ORVO_EXPORT ThreadSafeOStream {
  public:
   /// @param stream  The target, which must outlive this object.
@@ -61,9 +62,13 @@ class ORVO_EXPORT ThreadSafeOStream {
   ///
   /// Meant to be called once, at start-up. Kept on purpose: nothing is checked.
   /// If the file cannot be opened, later output is lost and the target is in a
-  /// failed state; a second call fails to open, and the target does not get
-  /// its own buffer back at destruction. Two calls at once race on the file.
-  /// Tests that only want to see the output take a ScopedCoutCapture.
+  /// failed state. Once a file is open, all output stays in it, because further
+  /// calls open none; of two calls at once at most one does. After a second
+  /// call the target does not get its own buffer back at destruction. Tests
+  /// that only want to see the output take a ScopedCoutCapture.
+  ///
+  /// @throws std::bad_alloc  There is no memory for the buffer of the file; the
+  ///                         output goes where it went before.
   void redirect(const std::string& path);
 
  private:

@@ -86,7 +86,7 @@ $1 = {
     last announced by thread 1 "main" = Inspect --> kitchen.cpp:11
   },
   tree = "tree", held by thread 1 "main", depth 2 = {
-    last announced by thread 1 "main" = Climb --> garden/tree.cpp:12
+    last announced by thread 1 "main" = Climb --> no-such-directory/deep/down/in/it/tree.cpp:12
   },
   watched = "watched", held by thread 1 "main", depth 1,
   unrecorded = "unrecorded", held by thread 1 "main", depth 1, not in its books

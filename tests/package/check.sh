@@ -1,11 +1,12 @@
 #!/bin/sh
-# check.sh SOURCE_DIR BUILD_DIR COMPILER: installs the built library into an empty
-# prefix and builds and runs a consumer against it in the three ways of the
+# check.sh SOURCE_DIR BUILD_DIR COMPILER VERSION: installs the built library into an
+# empty prefix and builds and runs a consumer against it in the three ways of the
 # README, then moves the prefix and tries again; CXXFLAGS go to the consumer too.
 set -eu
 source=$1
 build=$2
 compiler=$3
+version=$4
 consumer=$source/tests/package/consumer
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -32,7 +33,7 @@ export PKG_CONFIG_PATH
 # shellcheck disable=SC2046,SC2086
 "$compiler" ${CXXFLAGS-} -std=c++17 "$consumer/main.cpp" -o "$work/consumer" $(pkg-config --cflags --libs orvo)
 LD_LIBRARY_PATH=$(pkg-config --variable=libdir orvo) expect_hello "$work/consumer"
-[ "$(pkg-config --modversion orvo)" = 0.1.0 ] || { echo "orvo.pc names another version." >&2; exit 1; }
+[ "$(pkg-config --modversion orvo)" = "$version" ] || { echo "orvo.pc names another version." >&2; exit 1; }
 
 build_consumer "$work/subdirectory" -DORVO_SOURCE_DIR="$source"
 expect_hello "$work/subdirectory/consumer"

@@ -74,7 +74,8 @@ void ShowValues() {
   values.recursive.lock();
   values.recursive.lock();
   values.held.LockWithFilenameAndLineNumber("Inspect", "kitchen.cpp", 11);
-  values.tree.LockWithFilenameAndLineNumber("Climb", "garden/tree.cpp", 12);
+  values.tree.LockWithFilenameAndLineNumber(
+      "Climb", "/no-such-directory/deep/down/in/it/tree.cpp", 12);
   values.tree.lock();
   values.watched.lock();
   // Takes the mutex without an entry in the books.
