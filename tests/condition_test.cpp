@@ -15,21 +15,14 @@
 
 #include "orvo/scope_lock.h"
 #include "tests/support/capture.h"
+#include "tests/support/is_free.h"
 #include "tests/support/latch.h"
 
 namespace {
 
+using orvo_test::IsFree;
 using orvo_test::Latch;
 using orvo_test::StdoutCapture;
-
-bool IsFree(orvo::OrvoLock& lock) {
-  bool taken = false;
-  std::thread([&] {
-    taken = lock.try_lock();
-    if (taken) lock.unlock();
-  }).join();
-  return taken;
-}
 
 // Far enough in the future that only a wake-up ends the wait.
 constexpr int kLong = 100000;

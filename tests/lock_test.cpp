@@ -16,10 +16,12 @@
 
 #include "orvo/errors.h"
 #include "tests/support/interpose/calls.h"
+#include "tests/support/is_free.h"
 #include "tests/support/virtual_slot.h"
 
 namespace {
 
+using orvo_test::IsFree;
 using orvo_test::IsVirtual;
 using orvo_test::ScopedFailure;
 using orvo_test::ScopedHook;
@@ -27,21 +29,6 @@ using orvo_test::VirtualSlot;
 using testing::ThrowsMessage;
 
 static_assert(!std::is_base_of_v<orvo::OrvoLock, orvo::LockImpl_>);
-
-template <typename Function>
-auto InAnotherThread(Function function) {
-  decltype(function()) result{};
-  std::thread([&] { result = function(); }).join();
-  return result;
-}
-
-bool IsFree(orvo::OrvoLock& lock) {
-  return InAnotherThread([&] {
-    const bool taken = lock.try_lock();
-    if (taken) lock.unlock();
-    return taken;
-  });
-}
 
 // Notes every call that a handle passes on.
 class RecordingImpl : public orvo::LockImpl_ {
@@ -96,7 +83,7 @@ TEST(Lock, ExcludesOtherThreadsWhileHeld) {
 TEST(Lock, IsTakenByTryLockWhenFree) {
   orvo::Lock lock("name");
   EXPECT_TRUE(lock.try_lock());
-  EXPECT_FALSE(InAnotherThread([&] { return lock.try_lock(); }));
+  std::thread([&] { EXPECT_FALSE(lock.try_lock()); }).join();
   EXPECT_FALSE(lock.try_lock());
   lock.unlock();
 }
