@@ -15,12 +15,14 @@
 #include <vector>
 
 #include "orvo/errors.h"
+#include "tests/support/holder.h"
 #include "tests/support/interpose/calls.h"
 #include "tests/support/is_free.h"
 #include "tests/support/virtual_slot.h"
 
 namespace {
 
+using orvo_test::Holder;
 using orvo_test::IsFree;
 using orvo_test::IsVirtual;
 using orvo_test::ScopedFailure;
@@ -537,15 +539,18 @@ TEST(TimedLock, ThrowsOnAnyOtherResult) {
 
 TEST(TimedLock, ReturnsOnceTheHolderReleases) {
   orvo::Lock lock("name");
-  lock.lock();
-  std::thread waiter([&] {
-    while (!lock.TimedLock(0.01)) {
-    }
-    lock.unlock();
-  });
+  Holder<orvo::Lock> holder(lock);
+  int sleeps = 0;
+  const ScopedHook sleep(orvo_test::nanosleep_calls,
+                         [&](const timespec*, timespec*) {
+                           ++sleeps;
+                           holder.Release();
+                           return 0;
+                         });
+  ASSERT_TRUE(lock.TimedLock(1));
+  EXPECT_EQ(sleeps, 1);
+  EXPECT_FALSE(IsFree(lock));
   lock.unlock();
-  waiter.join();
-  EXPECT_TRUE(IsFree(lock));
 }
 
 }  // namespace
