@@ -7,7 +7,6 @@
 
 #include <cerrno>
 #include <filesystem>
-#include <locale>
 #include <new>
 #include <sstream>
 #include <string>
@@ -17,6 +16,7 @@
 #include "tests/support/allocations.h"
 #include "tests/support/capture.h"
 #include "tests/support/files.h"
+#include "tests/support/grouped_digits.h"
 #include "tests/support/interpose/calls.h"
 #include "tests/support/latch.h"
 
@@ -117,16 +117,10 @@ TEST_F(ExceptionLog, WritesAnyTextAndLine) {
 }
 
 TEST_F(ExceptionLog, IgnoresTheApplicationsLocale) {
-  struct Grouping : std::numpunct<char> {
-    char do_thousands_sep() const override { return ','; }
-    std::string do_grouping() const override { return "\3"; }
-  };
-  const std::locale saved =
-      std::locale::global(std::locale(std::locale::classic(), new Grouping));
+  const orvo_test::ScopedGroupedDigits locale;
   const std::string path = LogIn("log");
   const StdoutCapture output;
   LogException("msg", "f", 1234567);
-  std::locale::global(saved);
   EXPECT_EQ(ReadFile(path), "\nf line 1234567: msg\n");
 }
 

@@ -8,7 +8,6 @@
 #include <csignal>
 #include <iomanip>
 #include <iostream>
-#include <locale>
 #include <map>
 #include <memory>
 #include <new>
@@ -25,6 +24,7 @@
 #include "tests/support/allocations.h"
 #include "tests/support/capture.h"
 #include "tests/support/files.h"
+#include "tests/support/grouped_digits.h"
 #include "tests/support/interpose/calls.h"
 #include "tests/support/latch.h"
 #include "tests/support/recording_streambuf.h"
@@ -485,16 +485,9 @@ TEST(CoutBuffer, WritesCommittedTextAgainAtItsEnd) {
 }
 
 TEST(CoutBuffer, PrintsNumbersAlikeInEveryLocale) {
-  class Grouping : public std::numpunct<char> {
-    char do_thousands_sep() const override { return '.'; }
-    char do_decimal_point() const override { return ','; }
-    std::string do_grouping() const override { return "\3"; }
-  };
-  const std::locale saved =
-      std::locale::global(std::locale(std::locale(), new Grouping));
+  const orvo_test::ScopedGroupedDigits locale;
   const StdoutCapture capture;
   CoutBuffer() << 12345678 << ' ' << 0.5;
-  std::locale::global(saved);
   EXPECT_EQ(capture.Text(), "12345678 0.5");
 }
 
