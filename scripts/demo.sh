@@ -1,6 +1,7 @@
 #!/bin/sh
 # Shows what the library is good for: runs its examples on the project's own
-# files. "demo.sh FOLDER" takes the examples from a folder and builds nothing.
+# files. "demo.sh FOLDER [LOGS]" takes the examples from a folder and builds
+# nothing. The logs go to the folder LOGS, else to build.
 set -eu
 . "$(dirname "$0")/lib.sh"
 
@@ -12,7 +13,9 @@ if [ $# -eq 0 ]; then
 else
   examples=$(absolute "$1")
 fi
-mkdir -p build
+logs=build
+[ $# -lt 2 ] || logs=$(absolute "$2")
+mkdir -p "$logs"
 PATH=$(cd "$examples" && pwd):$PATH
 
 # step TITLE COMMAND: shows a command and what it prints.
@@ -29,7 +32,7 @@ echo "Each command below is one of the programs in $examples:"
 step "Count words, with a thread for each file and totals under a lock" \
   "word_count README.md CHANGELOG.md src/lock.cpp src/path.cpp"
 step "Digest files in four threads; the lines come in order all the same" \
-  "tree_digest src/internal build/tree_digest.log"
+  "tree_digest src/internal $logs/tree_digest.log"
 step "Sort as people do, 9 before 10: the same files by their size" \
   "wc -c src/internal/*.h | sed '\$d; s/^ *//' | natural_sort"
 step "Wrap a sentence of the licence to the width of a column" \
@@ -43,6 +46,6 @@ step "Name the notes around middle C" \
 step "Convert a UUID between its three forms" \
   "uuid_convert 12345678-9ABC-DEF0-0123-456789ABCDEF"
 step "Run jobs through a lock and a condition; what fails is logged" \
-  "job_queue 15 build/job_queue.log && tail -n 1 build/job_queue.log"
+  "job_queue 15 $logs/job_queue.log && tail -n 1 $logs/job_queue.log"
 step "Five accidents with locks, as the library reports them" \
   "lock_doctor"

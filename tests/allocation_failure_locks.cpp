@@ -18,6 +18,7 @@
 #include "tests/support/debug_locks.h"
 #include "tests/support/holder.h"
 #include "tests/support/interpose/calls.h"
+#include "tests/support/is_free.h"
 
 namespace orvo_test {
 namespace {
@@ -32,21 +33,6 @@ constexpr auto kEnds = OutOfMemory::kEnds;
 
 // No string holds it without memory of its own.
 const std::string kLong = "a text that takes more room than a string has";
-
-// Whether another thread could take the mutex right now.
-bool IsFree(pthread_mutex_t* mutex) {
-  bool free = false;
-  std::thread([&] {
-    free = pthread_mutex_trylock(mutex) == 0;
-    if (free) pthread_mutex_unlock(mutex);
-  }).join();
-  return free;
-}
-
-template <typename Lock>
-bool IsFree(Lock& lock) {
-  return IsFree(lock.get_mutex());
-}
 
 // Takes and releases a lock as its user would.
 template <typename Lock>

@@ -131,10 +131,25 @@ SweepFigures SweepOf(OutOfMemory expected, void (*call)()) {
 
 TEST(AllocationSweep, SeesALeak) {
   lost.reserve(4);
-  const SweepFigures figures = SweepOf(OutOfMemory::kThrows, Leak);
-  EXPECT_TRUE(figures.as_expected);
-  EXPECT_EQ(figures.leaked, 2);
-  lost.clear();
+  for (const auto expected : {OutOfMemory::kThrows, OutOfMemory::kEnds}) {
+    const SweepFigures figures = SweepOf(expected, Leak);
+    EXPECT_TRUE(figures.as_expected);
+    EXPECT_EQ(figures.leaked, 2);
+    lost.clear();
+  }
+}
+
+TEST(AllocationSweep, TakesWhatAFirstCallKeepsForNoLeak) {
+  static std::unique_ptr<std::string> first;
+  const auto keep = [] {
+    if (first == nullptr) first = std::make_unique<std::string>(100, 'x');
+    const std::string text(100, 'x');
+  };
+  for (const auto expected : {OutOfMemory::kEnds, OutOfMemory::kThrows}) {
+    const SweepFigures figures = SweepOf(expected, keep);
+    EXPECT_TRUE(figures.as_expected);
+    EXPECT_EQ(figures.leaked, 0);
+  }
 }
 
 TEST(AllocationSweep, SeesALockThatIsKept) {

@@ -179,20 +179,39 @@ TEST_F(DebugLockTest, PrintsTheSameBannerToItsOwner) {
   lock_.unlock();
 }
 
+// Runs a task in a thread that has no name. A new thread may have the id, and
+// so the name, of an ended one, but not while that one's successor lives.
+void RunInAThreadWithoutAName(const std::function<void()>& task) {
+  Latch over;
+  bool found = false;
+  std::vector<std::thread> threads;
+  while (!found && threads.size() < 100) {
+    Latch looked;
+    threads.emplace_back([&] {
+      found = orvo::threadNames.GetNameOfCurrentThread() == "Unnamed thread";
+      if (found) task();
+      looked.CountDown();
+      over.Wait();
+    });
+    looked.Wait();
+  }
+  over.CountDown();
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_TRUE(found);
+}
+
 TEST_F(DebugLockTest, CallsAThreadWithoutANameUnnamed) {
   const Holder<DebugLock> holder(lock_);
   const Pieces output;
   std::string error;
-  // The thread's id may have named an ended one.
-  std::thread([&] {
-    orvo::threadNames.SetNameOfCurrentThread("Unnamed thread");
+  RunInAThreadWithoutAName([&] {
     lock_.try_lock();
     try {
       lock_.unlock();
     } catch (const orvo::LockError& e) {
       error = e.what();
     }
-  }).join();
+  });
   EXPECT_THAT(output.all(),
               ElementsAre(" \n\n\n********\n\n\nUnnamed thread cannot acquire "
                           "lock orders because  is not sharing.\n"));

@@ -7,7 +7,6 @@
 
 #include <cerrno>
 #include <filesystem>
-#include <locale>
 #include <new>
 #include <sstream>
 #include <string>
@@ -17,6 +16,7 @@
 #include "tests/support/allocations.h"
 #include "tests/support/capture.h"
 #include "tests/support/files.h"
+#include "tests/support/grouped_digits.h"
 #include "tests/support/interpose/calls.h"
 #include "tests/support/latch.h"
 
@@ -117,16 +117,10 @@ TEST_F(ExceptionLog, WritesAnyTextAndLine) {
 }
 
 TEST_F(ExceptionLog, IgnoresTheApplicationsLocale) {
-  struct Grouping : std::numpunct<char> {
-    char do_thousands_sep() const override { return ','; }
-    std::string do_grouping() const override { return "\3"; }
-  };
-  const std::locale saved =
-      std::locale::global(std::locale(std::locale::classic(), new Grouping));
+  const orvo_test::ScopedGroupedDigits locale;
   const std::string path = LogIn("log");
   const StdoutCapture output;
   LogException("msg", "f", 1234567);
-  std::locale::global(saved);
   EXPECT_EQ(ReadFile(path), "\nf line 1234567: msg\n");
 }
 
@@ -159,16 +153,14 @@ TEST_F(ExceptionLog, CopiesThePath) {
 }
 
 TEST_F(ExceptionLog, ReportsOnTheStandardOutputWithoutAPath) {
-  const auto before = std::filesystem::directory_iterator(".");
-  const auto count = std::distance(begin(before), end(before));
+  const orvo_test::ScopedWorkingDirectory directory(folder_.path());
   const StdoutCapture output;
   LogException("msg", "f", 7);
   EXPECT_EQ(output.Text(),
             "LogException(msg)\n"
             "Unable to write to threadExceptionLogPath: \n"
             "f line 7: msg\n");
-  const auto after = std::filesystem::directory_iterator(".");
-  EXPECT_EQ(std::distance(begin(after), end(after)), count);
+  EXPECT_TRUE(std::filesystem::is_empty(folder_.path()));
 }
 
 TEST_F(ExceptionLog, ReportsOnTheStandardOutputWhatCannotBeOpened) {

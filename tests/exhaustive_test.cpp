@@ -161,8 +161,8 @@ TEST(AllShortTexts, AreReadAsNotes) {
     }
     try {
       const int index = orvo::midi::GetNoteIndex(text);
+      ASSERT_EQ(error, "") << text;
       const int semitones = text.size() < 2 ? 0 : *SemitonesOf(text[1]);
-      ASSERT_EQ(error, "");
       ASSERT_EQ(index, static_cast<int>(base) + semitones) << text;
     } catch (const orvo::midi::InvalidNoteName& thrown) {
       ASSERT_STREQ(thrown.what(), error.c_str());

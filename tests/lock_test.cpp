@@ -15,11 +15,15 @@
 #include <vector>
 
 #include "orvo/errors.h"
+#include "tests/support/holder.h"
 #include "tests/support/interpose/calls.h"
+#include "tests/support/is_free.h"
 #include "tests/support/virtual_slot.h"
 
 namespace {
 
+using orvo_test::Holder;
+using orvo_test::IsFree;
 using orvo_test::IsVirtual;
 using orvo_test::ScopedFailure;
 using orvo_test::ScopedHook;
@@ -27,21 +31,6 @@ using orvo_test::VirtualSlot;
 using testing::ThrowsMessage;
 
 static_assert(!std::is_base_of_v<orvo::OrvoLock, orvo::LockImpl_>);
-
-template <typename Function>
-auto InAnotherThread(Function function) {
-  decltype(function()) result{};
-  std::thread([&] { result = function(); }).join();
-  return result;
-}
-
-bool IsFree(orvo::OrvoLock& lock) {
-  return InAnotherThread([&] {
-    const bool taken = lock.try_lock();
-    if (taken) lock.unlock();
-    return taken;
-  });
-}
 
 // Notes every call that a handle passes on.
 class RecordingImpl : public orvo::LockImpl_ {
@@ -96,7 +85,7 @@ TEST(Lock, ExcludesOtherThreadsWhileHeld) {
 TEST(Lock, IsTakenByTryLockWhenFree) {
   orvo::Lock lock("name");
   EXPECT_TRUE(lock.try_lock());
-  EXPECT_FALSE(InAnotherThread([&] { return lock.try_lock(); }));
+  std::thread([&] { EXPECT_FALSE(lock.try_lock()); }).join();
   EXPECT_FALSE(lock.try_lock());
   lock.unlock();
 }
@@ -550,15 +539,18 @@ TEST(TimedLock, ThrowsOnAnyOtherResult) {
 
 TEST(TimedLock, ReturnsOnceTheHolderReleases) {
   orvo::Lock lock("name");
-  lock.lock();
-  std::thread waiter([&] {
-    while (!lock.TimedLock(0.01)) {
-    }
-    lock.unlock();
-  });
+  Holder<orvo::Lock> holder(lock);
+  int sleeps = 0;
+  const ScopedHook sleep(orvo_test::nanosleep_calls,
+                         [&](const timespec*, timespec*) {
+                           ++sleeps;
+                           holder.Release();
+                           return 0;
+                         });
+  ASSERT_TRUE(lock.TimedLock(1));
+  EXPECT_EQ(sleeps, 1);
+  EXPECT_FALSE(IsFree(lock));
   lock.unlock();
-  waiter.join();
-  EXPECT_TRUE(IsFree(lock));
 }
 
 }  // namespace

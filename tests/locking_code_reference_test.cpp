@@ -2,12 +2,12 @@
 
 #include <climits>
 #include <cstddef>
-#include <locale>
 #include <string>
 #include <type_traits>
 #include <utility>
 
 #include "orvo/orvo_lock_debug.h"
+#include "tests/support/grouped_digits.h"
 
 namespace {
 
@@ -84,16 +84,9 @@ TEST(LockingCodeReference, ShowsAnyLineInDecimal) {
 }
 
 TEST(LockingCodeReference, DoesNotGroupDigitsAsTheLocaleDoes) {
-  struct Grouping : std::numpunct<char> {
-    char do_thousands_sep() const override { return '.'; }
-    std::string do_grouping() const override { return "\3"; }
-  };
-  const std::locale before =
-      std::locale::global(std::locale(std::locale(), new Grouping));
-  const std::string text =
-      LockingCodeReference("f", "a.cpp", 1234567).GetAsString();
-  std::locale::global(before);
-  EXPECT_EQ(text, "f --> a.cpp:1234567");
+  const orvo_test::ScopedGroupedDigits locale;
+  EXPECT_EQ(LockingCodeReference("f", "a.cpp", 1234567).GetAsString(),
+            "f --> a.cpp:1234567");
 }
 
 TEST(LockingCodeReference, KeepsBytesAsTheyAre) {

@@ -81,11 +81,12 @@ RC_GTEST_PROP(UUIDProperty, ChangesItsLayoutBackAndForth,
 RC_GTEST_PROP(NoteProperty, IsReadFromEitherName, ()) {
   const auto index = *rc::gen::inRange<unsigned char>(0, 128);
   const orvo::midi::Note note(index);
-  RC_ASSERT(orvo::midi::GetNoteIndex(note.GetName()) == index);
-  RC_ASSERT(orvo::midi::GetNoteIndex(note.GetEnharmonicName()) == index);
-  RC_ASSERT(orvo::midi::ParseNote(note.GetName())->GetIndex() == index);
-  RC_ASSERT(orvo::midi::ParseNote(note.GetEnharmonicName())->GetIndex() ==
-            index);
+  for (const std::string& name : {note.GetName(), note.GetEnharmonicName()}) {
+    RC_ASSERT(orvo::midi::GetNoteIndex(name) == index);
+    const auto read = orvo::midi::ParseNote(name);
+    RC_ASSERT(read.has_value());
+    RC_ASSERT(read->GetIndex() == index);
+  }
 }
 
 template <typename Integer>

@@ -22,12 +22,14 @@
 #include "tests/support/capture.h"
 #include "tests/support/holder.h"
 #include "tests/support/interpose/calls.h"
+#include "tests/support/is_free.h"
 #include "tests/support/latch.h"
 #include "tests/support/recording_lock.h"
 
 namespace {
 
 using orvo_test::Holder;
+using orvo_test::IsFree;
 using orvo_test::Latch;
 using orvo_test::ScopedFailure;
 using orvo_test::ScopedHook;
@@ -145,11 +147,24 @@ TYPED_TEST(RealTime, GivesUpALockThatStaysHeldAndNotBefore) {
 TYPED_TEST(RealTime, WaitsForALockThatIsReleased) {
   Holder<TypeParam> holder(this->lock_);
   Latch about_to_wait;
+#ifndef __SANITIZE_THREAD__  // which never sees this call
+  const ScopedHook hook(
+      orvo_test::pthread_mutex_clocklock_calls,
+      [&](pthread_mutex_t* mutex, clockid_t clock, const timespec* time) {
+        about_to_wait.CountDown();
+        return orvo_test::pthread_mutex_clocklock_calls.Real(mutex, clock,
+                                                             time);
+      });
+#endif
   std::thread waiting([&] {
+#ifdef __SANITIZE_THREAD__
     about_to_wait.CountDown();
+#endif
     // More than 32 bits of nanoseconds.
-    EXPECT_TRUE(this->lock_.TryLockFor(hours(24)));
-    this->lock_.unlock();
+    const bool taken = this->lock_.TryLockFor(hours(24));
+    EXPECT_TRUE(taken);
+    if (taken) this->lock_.unlock();
+    about_to_wait.CountDown();
   });
   about_to_wait.Wait();
   holder.Release();
@@ -185,6 +200,7 @@ TYPED_TEST(RealTime, WaitsUntilWokenAndHoldsTheLockAgain) {
           condition.WaitUntilTrue(this->lock_, is_ready);
       }
       EXPECT_TRUE(ready);
+      EXPECT_FALSE(IsFree(this->lock_));
     });
     waits.Wait();
     {

@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "tests/support/allocations.h"
+#include "tests/support/grouped_digits.h"
 #include "tests/support/standard_library.h"
 #include "tests/support/texts.h"
 
@@ -32,26 +33,6 @@ using testing::Eq;
 using testing::ThrowsMessage;
 
 using Texts = std::vector<std::string>;
-
-// What an application with other conventions for numbers sets.
-class ScopedGermanNumbers {
- public:
-  ScopedGermanNumbers()
-      : saved_(std::locale::global(
-            std::locale(std::locale::classic(), new Punctuation))) {}
-  ScopedGermanNumbers(const ScopedGermanNumbers&) = delete;
-  ScopedGermanNumbers& operator=(const ScopedGermanNumbers&) = delete;
-  ~ScopedGermanNumbers() { std::locale::global(saved_); }
-
- private:
-  class Punctuation : public std::numpunct<char> {
-    char do_decimal_point() const override { return ','; }
-    char do_thousands_sep() const override { return '.'; }
-    std::string do_grouping() const override { return "\3"; }
-  };
-
-  std::locale saved_;
-};
 
 std::string WithNul(const char* front, const char* back) {
   return std::string(front).append(1, '\0').append(back);
@@ -419,7 +400,7 @@ TEST(StringToNumber, ServesOtherNumberTypes) {
 }
 
 TEST(StringToNumber, IgnoresTheLocaleOfTheApplication) {
-  const ScopedGermanNumbers locale;
+  const orvo_test::ScopedGroupedDigits locale;
   EXPECT_EQ(orvo::StringToNumber<double>("1.5"), 1.5);
   EXPECT_EQ(orvo::StringToNumber<double>("1,5"), 1.0);
   EXPECT_EQ(orvo::StringToNumber<int>("1.234"), 1);

@@ -10,14 +10,18 @@
 #include <ctime>
 #include <filesystem>
 #include <iostream>
+#include <mutex>
 #include <new>
+#include <sstream>
 #include <string>
 #include <thread>
 
 #include "tests/support/allocations.h"
 #include "tests/support/capture.h"
 #include "tests/support/files.h"
+#include "tests/support/grouped_digits.h"
 #include "tests/support/interpose/calls.h"
+#include "tests/support/is_free.h"
 #include "tests/support/latch.h"
 #include "tests/support/standard_library.h"
 
@@ -181,6 +185,31 @@ TEST(RunProgram, TellsTheSignalThatEndedIt) {
 
 TEST(RunProgram, TellsThatThereIsNoSuchProgram) {
   EXPECT_EQ(RunProgram({"/missing/program"}).exit_status, 127);
+}
+
+std::string WriteNumbers() {
+  std::ostringstream stream;
+  stream << 1234567 << ' ' << 0.5;
+  return stream.str();
+}
+
+TEST(ScopedGroupedDigits, ChangesHowNumbersAreWrittenWhileItLives) {
+  const std::string before = WriteNumbers();
+  {
+    const orvo_test::ScopedGroupedDigits locale;
+    EXPECT_EQ(WriteNumbers(), "1.234.567 0,5");
+  }
+  EXPECT_NE(before, "1.234.567 0,5");
+  EXPECT_EQ(WriteNumbers(), before);
+}
+
+TEST(IsFree, AsksForAnotherThread) {
+  std::recursive_mutex mutex;
+  EXPECT_TRUE(orvo_test::IsFree(mutex.native_handle()));
+  mutex.lock();
+  EXPECT_FALSE(orvo_test::IsFree(mutex.native_handle()));
+  mutex.unlock();
+  EXPECT_TRUE(orvo_test::IsFree(mutex.native_handle()));
 }
 
 }  // namespace

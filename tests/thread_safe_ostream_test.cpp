@@ -8,7 +8,6 @@
 #include <csignal>
 #include <iomanip>
 #include <iostream>
-#include <locale>
 #include <map>
 #include <memory>
 #include <new>
@@ -21,9 +20,11 @@
 
 #include "orvo/exception_log.h"
 #include "orvo/stacktrace.h"
+#include "orvo/strings.h"
 #include "tests/support/allocations.h"
 #include "tests/support/capture.h"
 #include "tests/support/files.h"
+#include "tests/support/grouped_digits.h"
 #include "tests/support/interpose/calls.h"
 #include "tests/support/latch.h"
 #include "tests/support/recording_streambuf.h"
@@ -484,16 +485,9 @@ TEST(CoutBuffer, WritesCommittedTextAgainAtItsEnd) {
 }
 
 TEST(CoutBuffer, PrintsNumbersAlikeInEveryLocale) {
-  class Grouping : public std::numpunct<char> {
-    char do_thousands_sep() const override { return '.'; }
-    char do_decimal_point() const override { return ','; }
-    std::string do_grouping() const override { return "\3"; }
-  };
-  const std::locale saved =
-      std::locale::global(std::locale(std::locale(), new Grouping));
+  const orvo_test::ScopedGroupedDigits locale;
   const StdoutCapture capture;
   CoutBuffer() << 12345678 << ' ' << 0.5;
-  std::locale::global(saved);
   EXPECT_EQ(capture.Text(), "12345678 0.5");
 }
 
@@ -697,6 +691,7 @@ TEST(ScopedCoutCapture, MayEndInAnyOrder) {
   const int orders[][3] = {{0, 1, 2}, {0, 2, 1}, {1, 0, 2},
                            {1, 2, 0}, {2, 0, 1}, {2, 1, 0}};
   for (const auto& order : orders) {
+    std::string expected[3];
     std::unique_ptr<ScopedCoutCapture> captures[3];
     for (auto& capture : captures) {
       capture = std::make_unique<ScopedCoutCapture>();
@@ -704,10 +699,15 @@ TEST(ScopedCoutCapture, MayEndInAnyOrder) {
     for (const int ended : order) {
       captures[ended].reset();
       if (ended == order[2]) break;
-      CoutBuffer() << "text";
+      const std::string text = "after " + std::to_string(ended) + ", ";
+      CoutBuffer() << text;
       int innermost = 2;
       while (captures[innermost] == nullptr) --innermost;
-      EXPECT_THAT(captures[innermost]->Text(), testing::EndsWith("text"));
+      expected[innermost] += text;
+      for (int i = 0; i < 3; ++i) {
+        if (captures[i] == nullptr) continue;
+        EXPECT_EQ(captures[i]->Text(), expected[i]);
+      }
     }
     EXPECT_EQ(std::cout.rdbuf(), own_buffer);
   }
@@ -769,20 +769,37 @@ TEST(ScopedCoutCapture, KeepsLinesOfManyThreadsWhole) {
   ExpectWholeLines(capture.Text(), kThreads, kMessages);
 }
 
+// Checks that each line of a text is a greater number than the one before, and
+// returns the last one.
+int ExpectRisingNumbers(const std::string& text) {
+  std::istringstream lines(text);
+  int last = -1;
+  for (std::string line; std::getline(lines, line);) {
+    const auto number = orvo::ParseNumber<int>(line);
+    EXPECT_TRUE(number && *number > last) << line << " after " << last;
+    if (number) last = *number;
+  }
+  return last;
+}
+
 TEST(ScopedCoutCapture, BeginsAndEndsWhileOthersWrite) {
   const ScopedCoutCapture outer;
   orvo_test::Latch start(2);
+  orvo_test::Latch given_back;
   std::thread writer([&] {
     start.Arrive();
-    for (int i = 0; i < kMessages; ++i) CoutBuffer() << "x";
+    for (int i = 0; i < kMessages; ++i) CoutBuffer() << i << orvo::endl;
+    given_back.Wait();
+    CoutBuffer() << kMessages << orvo::endl;
   });
   start.Arrive();
   for (int i = 0; i < 100; ++i) {
     const ScopedCoutCapture inner;
-    inner.Text();
+    ExpectRisingNumbers(inner.Text());
   }
+  given_back.CountDown();
   writer.join();
-  EXPECT_EQ(outer.Text().find_first_not_of('x'), std::string::npos);
+  EXPECT_EQ(ExpectRisingNumbers(outer.Text()), kMessages);
 }
 
 TEST(ScopedCoutCapture, WorksBehindARedirection) {

@@ -9,7 +9,6 @@
 #include <cstring>
 #include <iomanip>
 #include <limits>
-#include <locale>
 #include <random>
 #include <sstream>
 #include <string>
@@ -18,6 +17,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "tests/support/grouped_digits.h"
 #include "tests/support/latch.h"
 
 namespace {
@@ -538,13 +538,8 @@ TEST(TimeValueStream, IsDecimalWhateverTheFlags) {
 }
 
 TEST(TimeValueStream, IgnoresTheLocaleOfTheStream) {
-  class Grouping : public std::numpunct<char> {
-    char do_decimal_point() const override { return ','; }
-    char do_thousands_sep() const override { return '\''; }
-    std::string do_grouping() const override { return "\3"; }
-  };
   std::ostringstream os;
-  os.imbue(std::locale(std::locale::classic(), new Grouping));
+  os.imbue(orvo_test::GroupedDigits());
   os << TimeValue(1234567.654321);
   EXPECT_EQ(os.str(), "1234567.654321");
 }

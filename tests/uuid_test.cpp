@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstring>
 #include <iomanip>
-#include <locale>
 #include <optional>
 #include <random>
 #include <set>
@@ -16,6 +15,8 @@
 #include <string_view>
 #include <type_traits>
 #include <unordered_set>
+
+#include "tests/support/grouped_digits.h"
 
 namespace {
 
@@ -351,20 +352,12 @@ TEST(UUID, IsInsertedInAFieldLikeAString) {
   EXPECT_EQ(stream.str(), "12345678-9abc-def0-0123-456789abcdef**|");
 }
 
-struct Grouping : std::numpunct<char> {
-  char do_thousands_sep() const override { return ','; }
-  std::string do_grouping() const override { return "\3"; }
-};
-
 TEST(UUID, IgnoresTheGlobalLocale) {
-  const std::locale before =
-      std::locale::global(std::locale(std::locale::classic(), new Grouping));
+  const orvo_test::ScopedGroupedDigits locale;
   std::ostringstream stream;
   stream << UUID(kBytes);
-  const std::string parsed = Parse(" 12345678-9abc-def0-0123-456789abcdef");
-  std::locale::global(before);
   EXPECT_EQ(stream.str(), kText);
-  EXPECT_EQ(parsed, kText);
+  EXPECT_EQ(Parse(" 12345678-9abc-def0-0123-456789abcdef"), kText);
 }
 
 }  // namespace

@@ -58,7 +58,8 @@ cat >"$work/expected" <<'END'
     5 of 5 accidents were reported.
 END
 
-"$source/scripts/demo.sh" "$examples" >"$work/output" || { cat "$work/output"; exit 1; }
+"$source/scripts/demo.sh" "$examples" "$work/logs" >"$work/output" || { cat "$work/output"; exit 1; }
+sed -i "s|$work/logs/|build/|g" "$work/output"
 grep -Fx -f "$work/expected" "$work/output" | diff -u "$work/expected" - || {
   echo "The demo shows something else."
   exit 1
@@ -67,7 +68,7 @@ grep -Fx -f "$work/expected" "$work/output" | diff -u "$work/expected" - || {
 mkdir "$work/broken"
 ln -s "$examples"/* "$work/broken"
 ln -sf /bin/false "$work/broken/uuid_convert"
-if "$source/scripts/demo.sh" "$work/broken" >/dev/null 2>"$work/errors"; then
+if "$source/scripts/demo.sh" "$work/broken" "$work/logs" >/dev/null 2>"$work/errors"; then
   echo "The demo passes over an example that fails."
   exit 1
 fi

@@ -89,7 +89,7 @@ struct SweepFigures {
   long runs = 0;
   long failures = 0;
   long ends = 0;    ///< Runs that ended their process.
-  long leaked = 0;  ///< Objects that were left over.
+  long leaked = 0;  ///< Objects that were left over; 1 for all of a child.
   bool as_expected = true;
   int unsound_line = 0;  ///< See Attempt; not known of children.
 
