@@ -81,8 +81,13 @@ check_signals() {
 }
 
 check_churn() {
+  if [ $preset = torture-tsan ]; then
+    run churn --threads="$(form 10000 100000)" --any-growth
+    return
+  fi
   run churn --threads="$(form 10000 100000)"
   find_fault churn --twin=keeps_threads
+  find_fault churn --twin=keeps_entries
 }
 
 check_load() {
