@@ -66,7 +66,7 @@ check_debug_books() {
 check_conditions() {
   run conditions --hand-overs="$(form 50000 1000000)" --rounds="$(form 1 10)" \
     --limit="$(form 300 3600)"
-  find_fault conditions --twin=forgets_a_signal --limit=2
+  find_fault conditions --twin=forgets_a_signal --hand-overs=100 --limit=2
   find_fault conditions --twin=early_clock
   find_fault conditions --twin=wall_clock
 }
