@@ -122,6 +122,7 @@ check_soak() {
 check_kill() {
   run kill --kills="$(form 100 1000)"
   find_fault kill --twin=two_pieces
+  find_fault kill --twin=ends_early
 }
 
 need_build_tools

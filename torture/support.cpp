@@ -1,6 +1,7 @@
 #include "torture/support.h"
 
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -34,6 +35,12 @@ void StartTicks() {
 [[noreturn]] void Fail(const char* what) {
   std::perror(what);
   std::_Exit(2);
+}
+
+void EndWithParent(pid_t parent) {
+  if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0) Fail("prctl");
+  // It may have ended before.
+  if (getppid() != parent) std::_Exit(2);
 }
 
 }  // namespace
@@ -123,9 +130,11 @@ std::uint64_t Scatter(std::uint64_t a, std::uint64_t b, std::uint64_t c) {
 
 pid_t StartChild(int standard_output, const std::function<void()>& function) {
   std::fflush(stdout);
+  const pid_t parent = getpid();
   const pid_t child = fork();
   if (child < 0) Fail("fork");
   if (child == 0) {
+    EndWithParent(parent);
     if (standard_output >= 0 && dup2(standard_output, STDOUT_FILENO) < 0) {
       Fail("dup2");
     }

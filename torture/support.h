@@ -92,7 +92,8 @@ std::uint64_t Scatter(std::uint64_t a, std::uint64_t b = 0,
                       std::uint64_t c = 0);
 
 /// Runs a function in a child process whose standard output is this descriptor
-/// (-1: as here), for as long as it takes.
+/// (-1: as here), for as long as it takes, but no longer than the calling
+/// thread lives.
 ///
 /// @return  The child; the caller waits for it.
 pid_t StartChild(int standard_output, const std::function<void()>& function);
