@@ -5,7 +5,7 @@
 //   soak_torture [--seconds=N] [--any-growth] [--twin=NAME]
 //
 // --any-growth is for sanitizers, which need memory of their own.
-// The twins are faults to be found: leaks_memory loses a kilobyte in each
+// The twins are faults to be found: leaks_memory loses four kilobytes in each
 // round, leaks_descriptors opens a file now and then.
 #include <fcntl.h>
 #include <malloc.h>
