@@ -32,11 +32,6 @@ void StartTicks() {
   setitimer(ITIMER_REAL, &millisecond, nullptr);
 }
 
-[[noreturn]] void Fail(const char* what) {
-  std::perror(what);
-  std::_Exit(2);
-}
-
 void EndWithParent(pid_t parent) {
   if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0) Fail("prctl");
   // It may have ended before.
@@ -95,6 +90,11 @@ TimeLimit::~TimeLimit() {
   }
   changed_.notify_all();
   thread_.join();
+}
+
+void Fail(const char* what) {
+  std::perror(what);
+  std::_Exit(2);
 }
 
 void InThreads(int count, const std::function<void(int)>& function) {

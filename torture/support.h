@@ -83,6 +83,10 @@ class TimeLimit {
   std::thread thread_;
 };
 
+/// Ends the process with status 2, which says that it could not check, and
+/// with the reason that is in errno.
+[[noreturn]] void Fail(const char* what);
+
 /// Calls the function with 0, 1, 2 ... in as many threads, which start it at
 /// once.
 void InThreads(int count, const std::function<void(int)>& function);

@@ -176,10 +176,11 @@ void Torture(Way way, const Size& size, Writer write) {
   const std::string path = folder / "output";
   int ends[2] = {-1, -1};
   if (way == Way::kPipe) {
-    if (pipe2(ends, O_CLOEXEC) != 0) return;
+    if (pipe2(ends, O_CLOEXEC) != 0) orvo_torture::Fail("pipe2");
   } else {
     ends[1] = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
     ends[0] = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (ends[0] < 0 || ends[1] < 0) orvo_torture::Fail("open");
   }
   const int output = way == Way::kRedirection ? -1 : ends[1];
   const pid_t child = orvo_torture::StartChild(output, [&] {
