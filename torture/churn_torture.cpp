@@ -2,7 +2,8 @@
 // books may grow with the threads that live at once, not with those that ever
 // lived.
 //
-//   churn_torture [--threads=N] [--any-growth] [--twin=NAME]
+//   churn_torture [--threads=N] [--any-growth] [--limit=SECONDS]
+//                 [--twin=NAME]
 //
 // --any-growth is for sanitizers, which need memory of their own.
 // The twins are faults to be found: keeps_threads leaves threads behind,
@@ -102,6 +103,8 @@ void KeepThreads() {
 
 int main(int argc, char** argv) {
   const Options options(argc, argv);
+  const orvo_torture::TimeLimit limit(options.Number("limit", 600),
+                                      "the short threads");
   const orvo_torture::Stopwatch watch;
   const long goal = options.Number("threads", 10000);
   const std::string twin = options.Text("twin");
@@ -117,8 +120,8 @@ int main(int argc, char** argv) {
     }
   }
   const long growth = orvo_torture::ResidentBytes() - warm;
-  const long limit = kBytesPerThread * (churn.visits() - visits_when_warm);
-  churn.faults().Check(options.Has("any-growth") || growth <= limit,
+  const long allowed = kBytesPerThread * (churn.visits() - visits_when_warm);
+  churn.faults().Check(options.Has("any-growth") || growth <= allowed,
                        "the memory stays flat");
   orvo_torture::Report("churn",
                        std::to_string(churn.visits()) +

@@ -73,6 +73,10 @@ void Faults::Add(const std::string& what) {
 
 TimeLimit::TimeLimit(long seconds, const char* what)
     : thread_([this, seconds, what] {
+        // Signals are for those who work.
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_BLOCK, &all, nullptr);
         std::unique_lock<std::mutex> guard(mutex_);
         if (changed_.wait_for(guard, std::chrono::seconds(seconds),
                               [this] { return over_; })) {
