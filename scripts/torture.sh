@@ -60,6 +60,7 @@ check_locks() {
     succeeds_at_time_out recursion_off_by_one forgets_its_owner; do
     find_fault locks --twin=$twin
   done
+  find_fault locks --threads=1 --acquisitions=1000 --debug=1000
 }
 
 check_debug_books() {
