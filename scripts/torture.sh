@@ -104,14 +104,18 @@ check_load() {
 check_lifetime() {
   times=$(form 20 1000)
   folder=$(mktemp -d)
+  trap 'rm -rf "$folder"' EXIT
   ended=0
   while [ $ended -lt "$times" ]; do
-    "$programs/lifetime_torture" "$folder" 2>&1 >/dev/null | tr '\n' ' ' >"$folder/calls"
-    [ "$(cat "$folder/calls")" = "first ok constructor ok main ok handler ok destructor ok last ok " ] ||
-      fail "lifetime_torture wrote: $(cat "$folder/calls")"
+    "$programs/lifetime_torture" "$folder" 2>"$folder/calls" >/dev/null ||
+      fail "lifetime_torture ended with status $? and wrote: $(cat "$folder/calls")"
+    calls=$(tr '\n' ' ' <"$folder/calls")
+    [ "$calls" = "first ok constructor ok main ok handler ok destructor ok last ok " ] ||
+      fail "lifetime_torture wrote: $calls"
     ended=$((ended + 1))
   done
   rm -rf "$folder"
+  trap - EXIT
   echo "lifetime: $times processes use everything from start to exit, 0 faults"
 }
 
