@@ -53,17 +53,24 @@ inline void OnTwoThreads(benchmark::internal::Benchmark* registered) {
   registered->UseRealTime()->Threads(2);
 }
 
+/// Ends the program unless a contender has the expected result.
+template <typename Result, typename Expected>
+void RequireSame(const std::string& operation, const std::string& who,
+                 const Result& result, const Expected& expected) {
+  if (result == expected) return;
+  std::cerr << operation << ": " << who << " has another result\n";
+  std::exit(1);
+}
+
 /// Registers contenders after checking that all have the same result.
 template <typename First, typename... Others>
 void Compare(const std::string& operation, std::size_t size,
              const Contender<First>& first,
              const Contender<Others>&... others) {
+  // A copy, because all may return the same object.
+  const auto expected = first.run();
   const auto add = [&](const auto& contender) {
-    if (!(contender.run() == first.run())) {
-      std::cerr << operation << ": " << contender.who
-                << " has another result\n";
-      std::exit(1);
-    }
+    RequireSame(operation, contender.who, contender.run(), expected);
     Register(operation, size, contender);
   };
   add(first);

@@ -22,6 +22,7 @@ using orvo::midi::Note;
 using orvo_bench::Compare;
 using orvo_bench::Contender;
 using orvo_bench::Keep;
+using orvo_bench::RequireSame;
 
 constexpr absl::string_view kSharp[] = {"C",  "C#", "D",  "D#", "E",  "F",
                                         "F#", "G",  "G#", "A",  "A#", "B"};
@@ -80,6 +81,13 @@ void AddIndices(const std::string& operation, const Names* names) {
 }
 
 template <typename Name>
+Names NamesOf(Name name) {
+  Names names;
+  for (const Note& note : kNotes) names.push_back(name(note));
+  return names;
+}
+
+template <typename Name>
 std::size_t SizeOfNames(Name name) {
   std::size_t size = 0;
   for (const Note& note : kNotes) {
@@ -105,6 +113,10 @@ void AddNames(const std::string& operation, const Names* names,
                        note.GetOctave());
   };
   const auto copy = [=](const Note& note) { return (*names)[note.GetIndex()]; };
+  // Once, because the benchmarks compare no more than sizes.
+  RequireSame(operation, "absl", NamesOf(absl), NamesOf(orvo));
+  RequireSame(operation, "fmt", NamesOf(fmt), NamesOf(orvo));
+  RequireSame(operation, "limit", NamesOf(copy), NamesOf(orvo));
   Compare(operation, 128, Contender{"orvo", [=] { return SizeOfNames(orvo); }},
           Contender{"absl", [=] { return SizeOfNames(absl); }},
           Contender{"fmt", [=] { return SizeOfNames(fmt); }},
@@ -122,6 +134,8 @@ void AddSpelling() {
   const auto copy = [](const Note& note) {
     return std::string(kSharp[note.GetIndex() % 12U]);
   };
+  RequireSame("midi/sharp_spelling", "absl", NamesOf(absl), NamesOf(orvo));
+  RequireSame("midi/sharp_spelling", "limit", NamesOf(copy), NamesOf(orvo));
   Compare("midi/sharp_spelling", 128,
           Contender{"orvo", [=] { return SizeOfNames(orvo); }},
           Contender{"absl", [=] { return SizeOfNames(absl); }},

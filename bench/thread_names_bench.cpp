@@ -41,7 +41,11 @@ class MutexAroundMap {
 // One name for all threads.
 class BareMutex {
  public:
-  void SetNameOfCurrentThread(const std::string& name) { name_ = name; }
+  void SetNameOfCurrentThread(const std::string& name) {
+    pthread_mutex_lock(&mutex_);
+    name_ = name;
+    pthread_mutex_unlock(&mutex_);
+  }
 
   std::string GetNameOfCurrentThread() {
     pthread_mutex_lock(&mutex_);
@@ -56,7 +60,7 @@ class BareMutex {
 
  private:
   pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
-  std::string name_ = "Unnamed thread";
+  std::string name_ = "Unnamed thread";  // guarded by mutex_
 };
 
 void Check(const std::string& result, const std::string& expected) {
@@ -66,13 +70,21 @@ void Check(const std::string& result, const std::string& expected) {
 }
 
 // Times one operation, alone and with a second thread at the same registry.
-template <typename Operation>
-void Register(const std::string& name, Operation operation) {
-  const auto run = [operation](benchmark::State& state) {
+// Each thread prepares itself first.
+template <typename Prepare, typename Operation>
+void Register(const std::string& name, Prepare prepare, Operation operation) {
+  const auto run = [prepare, operation](benchmark::State& state) {
+    prepare();
     for (auto _ : state) operation();
   };
   benchmark::RegisterBenchmark(name.c_str(), run);
   orvo_bench::OnTwoThreads(benchmark::RegisterBenchmark(name.c_str(), run));
+}
+
+template <typename Operation>
+void Register(const std::string& name, Operation operation) {
+  Register(
+      name, [] {}, operation);
 }
 
 template <typename Registry>
@@ -88,9 +100,15 @@ void RegisterOperations(const std::string& who, std::size_t size) {
   Check(unnamed->GetNameOfCurrentThread(), "Unnamed thread");
 
   const std::string tail = "/" + who + "/" + std::to_string(size);
-  Register("thread_names/get_current" + tail, [registry] {
-    benchmark::DoNotOptimize(registry->GetNameOfCurrentThread());
-  });
+  Register(
+      "thread_names/get_current" + tail,
+      [registry, name] {
+        registry->SetNameOfCurrentThread(name);
+        Check(registry->GetNameOfCurrentThread(), name);
+      },
+      [registry] {
+        benchmark::DoNotOptimize(registry->GetNameOfCurrentThread());
+      });
   Register("thread_names/get_by_id" + tail, [registry, id] {
     benchmark::DoNotOptimize(registry->GetThreadName(id));
   });

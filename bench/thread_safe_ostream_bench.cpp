@@ -17,6 +17,7 @@
 #include <sstream>
 #include <string>
 #include <syncstream>
+#include <utility>
 #include <vector>
 
 #include "bench/compare.h"
@@ -68,21 +69,39 @@ void LimitMessage(const std::string& text, int number) {
   WriteWhole(text + std::to_string(number) + "\n");
 }
 
-void OrvoCompose(const std::string& text, int number) {
-  orvo::CoutBuffer buffer;
-  buffer << text << number << orvo::endl;
-  benchmark::DoNotOptimize(buffer.str());
-  buffer.str("");
+// Takes the text of a buffer, without the lock and the flush of the output.
+struct TextReceiver {
+  void operator<<(std::string whole) { text = std::move(whole); }
+  void flush() {}
+
+  std::string text;
+};
+
+std::string OrvoCompose(const std::string& text, int number) {
+  TextReceiver receiver;
+  orvo::OutBuffer<TextReceiver>(receiver) << text << number << "\n";
+  return std::move(receiver.text);
 }
 
-void StdCompose(const std::string& text, int number) {
+std::string StdCompose(const std::string& text, int number) {
   std::ostringstream stream;
   stream << text << number << "\n";
-  benchmark::DoNotOptimize(stream.str());
+  return stream.str();
 }
 
-void LimitCompose(const std::string& text, int number) {
-  benchmark::DoNotOptimize(text + std::to_string(number) + "\n");
+std::string LimitCompose(const std::string& text, int number) {
+  return text + std::to_string(number) + "\n";
+}
+
+void AddCompose(const std::string& operation) {
+  for (const std::size_t size : {20U, 200U, 4000U}) {
+    const auto* text = orvo_bench::Keep(std::string(size, 'X'));
+    orvo_bench::Compare(
+        operation, size,
+        orvo_bench::Contender{"orvo", [=] { return OrvoCompose(*text, 7); }},
+        orvo_bench::Contender{"std", [=] { return StdCompose(*text, 7); }},
+        orvo_bench::Contender{"limit", [=] { return LimitCompose(*text, 7); }});
+  }
 }
 
 void OrvoLogAttempt(const std::string& text, int number) {
@@ -156,9 +175,7 @@ const bool registered = [] {
     orvo::RedirectCout("/dev/null");
   } else {
     dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDOUT_FILENO);
-    Register(
-        family + "compose", 1,
-        {{"orvo", OrvoCompose}, {"std", StdCompose}, {"limit", LimitCompose}});
+    AddCompose(family + "compose");
   }
   for (const int threads : {1, 2}) {
     Register(family + "message", threads,

@@ -22,6 +22,7 @@ namespace {
 using Bytes = std::array<unsigned char, 16>;
 using orvo_bench::Compare;
 using orvo_bench::Contender;
+using orvo_bench::RequireSame;
 
 const Bytes kBytes = {0x12, 0x34, 0x56, 0x78, 0x9a, 0xbc, 0xde, 0xf0,
                       0x01, 0x23, 0x45, 0x67, 0x89, 0xab, 0xcd, 0xef};
@@ -116,6 +117,23 @@ void AddText() {
       Contender{"limit", [] { return ParseWithTable(text); }});
 }
 
+// What change_endianness() does.
+void ReverseNumbers(Bytes& bytes) {
+  auto* const first = bytes.begin();
+  std::reverse(first, first + 4);
+  std::reverse(first + 4, first + 6);
+  std::reverse(first + 6, first + 8);
+}
+
+void CheckEndianness() {
+  orvo::UUID changed(kBytes.data());
+  changed.change_endianness();
+  Bytes reversed = kBytes;
+  ReverseNumbers(reversed);
+  RequireSame("binary/uuid_change_endianness", "std", reversed,
+              BytesOf(changed));
+}
+
 void AddBytes() {
   static orvo::UUID uuids[] = {orvo::UUID(text), orvo::UUID(text)};
   static Poco::UUID pocos[] = {Poco::UUID(text), Poco::UUID(text)};
@@ -133,6 +151,7 @@ void AddBytes() {
           Contender{"limit",
                     [] { return std::memcmp(&bytes[0], &bytes[1], 16) == 0; }});
 
+  CheckEndianness();
   static orvo::UUID changing(kBytes.data());
   static Bytes reversing = kBytes;
   Compare("binary/uuid_change_endianness", 16,
@@ -143,16 +162,21 @@ void AddBytes() {
                       return true;
                     }},
           Contender{"std", [] {
-                      auto* const first = reversing.begin();
-                      std::reverse(first, first + 4);
-                      std::reverse(first + 4, first + 6);
-                      std::reverse(first + 6, first + 8);
+                      ReverseNumbers(reversing);
                       benchmark::DoNotOptimize(reversing);
                       return true;
                     }});
 }
 
+void CheckWriting() {
+  std::ostringstream stream;
+  orvo::UUID(kBytes.data()).WriteBinary(stream, false);
+  RequireSame("binary/uuid_write", "limit",
+              std::string(kBytes.begin(), kBytes.end()), stream.str());
+}
+
 void AddStreams() {
+  CheckWriting();
   static std::stringstream stream(std::string(64, 'x'));
   static const orvo::UUID uuid(kBytes.data());
   Compare("binary/uuid_write", 16,

@@ -95,11 +95,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string b = common + input.TakeRest();
   const Texts parts = {a, common, b};
   TestCuts(a);
-  if (a < b) {
-    Expect(orvo::path::Join(a, b) == model::Join({a, b}));
-  } else {
-    Expect(orvo::path::Join(parts.begin(), parts.end()) == model::Join(parts));
-  }
+  Expect(orvo::path::Join(a, b) == model::Join({a, b}));
+  Expect(orvo::path::Join(parts.begin(), parts.end()) == model::Join(parts));
   Expect(orvo::path::relpath(a, b) == model::Relpath(a, b));
   return 0;
 }

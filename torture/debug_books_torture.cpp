@@ -2,7 +2,8 @@
 // after each step all that the books say, and all that was printed, is compared
 // to a model.
 //
-//   debug_books_torture [--steps=N] [--twin=forgets_its_owner]
+//   debug_books_torture [--steps=N] [--limit=SECONDS]
+//                       [--twin=forgets_its_owner]
 //
 // --twin=forgets_its_owner takes a broken lock, which is a fault to be found.
 #include <semaphore.h>
@@ -364,6 +365,8 @@ class ForgetsItsOwner : public orvo::DebugLockImpl_ {
 
 int main(int argc, char** argv) {
   const Options options(argc, argv);
+  const orvo_torture::TimeLimit limit(options.Number("limit", 600),
+                                      "the steps at the debug locks");
   const orvo_test::ScopedHook hook(
       orvo_test::nanosleep_calls, [](const timespec*, timespec*) { return 0; });
   const long steps = options.Number("steps", 50000);

@@ -1,10 +1,10 @@
 // Kills a process at random moments while its threads log exceptions: all of
 // its records must be whole, except possibly the last.
 //
-//   kill_torture [--kills=N] [--twin=two_pieces]
+//   kill_torture [--kills=N] [--twin=NAME]
 //
-// --twin=two_pieces writes each record in two pieces, which is a fault to be
-// found.
+// The twins are faults to be found: two_pieces writes each record in two
+// pieces, ends_early ends before it writes any.
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -69,6 +69,16 @@ void LogInTwoPieces(const std::string& path, int number) {
   close(file);
 }
 
+void EndEarly(const std::string&, int) {
+  std::_Exit(0);
+}
+
+Logger LoggerNamed(const std::string& twin) {
+  if (twin == "two_pieces") return LogInTwoPieces;
+  if (twin == "ends_early") return EndEarly;
+  return Log;
+}
+
 // Until it is killed.
 [[noreturn]] void LogForEver(const std::string& path, Logger log) {
   orvo::SetThreadExceptionLogPath(path);
@@ -128,18 +138,37 @@ bool IsEmpty(const std::string& path) {
   return std::ifstream(path).peek() == std::ifstream::traits_type::eof();
 }
 
+pid_t Wait(pid_t child, int* status, int options) {
+  pid_t ended = -1;
+  do {
+    ended = waitpid(child, status, options);
+  } while (ended < 0 && errno == EINTR);
+  return ended;
+}
+
+// Whether the child writes before it ends.
+bool AwaitRecord(const std::string& path, pid_t child) {
+  while (IsEmpty(path)) {
+    int status = 0;
+    if (Wait(child, &status, WNOHANG) != 0) return false;
+    std::this_thread::yield();
+  }
+  return true;
+}
+
 void KillOnce(const std::string& path, Logger log,
               std::chrono::microseconds delay, Tally& tally, Faults& faults) {
   const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
   const pid_t child =
       orvo_torture::StartChild(nowhere, [&] { LogForEver(path, log); });
   close(nowhere);
-  while (IsEmpty(path)) std::this_thread::yield();
+  if (!AwaitRecord(path, child)) {
+    return faults.Add("the process lives until it has written a record");
+  }
   std::this_thread::sleep_for(delay);
   kill(child, SIGKILL);
   int status = 0;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-  }
+  Wait(child, &status, 0);
   faults.Check(WIFSIGNALED(status), "the process lives until it is killed");
 
   std::ifstream file(path, std::ios_base::binary);
@@ -156,8 +185,7 @@ int main(int argc, char** argv) {
   const orvo_torture::Stopwatch watch;
   const orvo_torture::Folder folder;
   const long kills = options.Number("kills", 100);
-  const Logger log =
-      options.Text("twin") == "two_pieces" ? LogInTwoPieces : Log;
+  const Logger log = LoggerNamed(options.Text("twin"));
   std::minstd_rand random(kSeed);
   Faults faults;
   Tally tally;

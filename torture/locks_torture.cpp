@@ -2,11 +2,13 @@
 // each step that they hold it alone. Sleeps last for a turn of the other
 // threads.
 //
-//   locks_torture [--acquisitions=N] [--debug=N] [--threads=N] [--twin=NAME]
+//   locks_torture [--acquisitions=N] [--debug=N] [--threads=N]
+//                 [--limit=SECONDS] [--twin=NAME]
 //
 // Without --threads for 2, 4, 10 and 32 of them, each with N acquisitions of
-// every plain and of every debug lock. --twin=NAME takes a broken lock in place
-// of one of them, which is a fault to be found; see kTwins below.
+// every plain and of every debug lock. Faults to be found: --threads=1, with
+// which nobody meets, and --twin=NAME, which takes a broken lock in place of
+// one of them; see kTwins below.
 #include <sched.h>
 #include <semaphore.h>
 
@@ -101,10 +103,15 @@ struct Arena {
   std::uint64_t checksum = 0;
   long acquisitions = 0;
   int last = 0;
-  // A lock that nobody wants would prove nothing.
   Guests guests;
   std::atomic<long> meetings{0};
   std::atomic<long> refusals{0};
+};
+
+// How often threads wanted a lock that was held, over all runs.
+struct Contention {
+  long meetings = 0;
+  long refusals = 0;
 };
 
 // One thread of a run.
@@ -122,6 +129,7 @@ class Player {
         Step();
       } catch (const std::exception& error) {
         arena_.faults.Add(error.what());
+        ++acquired_;  // else a lock that always fails would last for ever
       }
     }
     arena_.expected += sum_;
@@ -352,8 +360,8 @@ void CheckFree(Arena<Handle>& arena) {
 }
 
 template <typename Handle>
-void Torture(const std::string& name, Handle handle, int threads,
-             long acquisitions, bool waits) {
+Contention Torture(const std::string& name, Handle handle, int threads,
+                   long acquisitions, bool waits) {
   const orvo_torture::Stopwatch watch;
   Arena<Handle> arena(std::move(handle), (acquisitions + threads - 1) / threads,
                       waits);
@@ -367,6 +375,7 @@ void Torture(const std::string& name, Handle handle, int threads,
                            " meetings, " + std::to_string(arena.refusals) +
                            " refusals",
                        arena.faults, watch);
+  return {arena.meetings, arena.refusals};
 }
 
 // --- Broken twins ----------------------------------------------------------
@@ -510,19 +519,50 @@ void TortureTwinNamed(const std::string& name) {
   std::_Exit(2);
 }
 
-void TortureAll(int threads, const Options& options) {
+void TortureAll(int threads, const Options& options, Contention& contention) {
   const long plain = options.Number("acquisitions", 100000);
   const long debug = options.Number("debug", 50000);
-  Torture("Lock", orvo::Lock("arena"), threads, plain, true);
-  Torture("RLock", orvo::RLock("arena"), threads, plain, true);
-  Torture("DebugLock", orvo::DebugLock("arena"), threads, debug, true);
-  Torture("DebugRLock", orvo::DebugRLock("arena"), threads, debug, true);
+  for (const Contention& each :
+       {Torture("Lock", orvo::Lock("arena"), threads, plain, true),
+        Torture("RLock", orvo::RLock("arena"), threads, plain, true),
+        Torture("DebugLock", orvo::DebugLock("arena"), threads, debug, true),
+        Torture("DebugRLock", orvo::DebugRLock("arena"), threads, debug,
+                true)}) {
+    contention.meetings += each.meetings;
+    contention.refusals += each.refusals;
+  }
+}
+
+// A lock that nobody wants would prove nothing.
+void CheckContention(const Contention& contention) {
+  const orvo_torture::Stopwatch watch;
+  Faults faults;
+  faults.Check(contention.meetings > 0, "threads come to a lock that is held");
+  faults.Check(contention.refusals > 0, "a held lock is refused");
+  orvo_torture::Report("locks, in all",
+                       std::to_string(contention.meetings) + " meetings, " +
+                           std::to_string(contention.refusals) + " refusals",
+                       faults, watch);
+}
+
+// With this many threads or, if that is 0, with fewer and with more.
+void TortureAll(const Options& options) {
+  const int threads = static_cast<int>(options.Number("threads", 0));
+  Contention contention;
+  if (threads != 0) {
+    TortureAll(threads, options, contention);
+  } else {
+    for (const int each : {2, 4, 10, 32}) TortureAll(each, options, contention);
+  }
+  CheckContention(contention);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   const Options options(argc, argv);
+  const orvo_torture::TimeLimit limit(options.Number("limit", 600),
+                                      "the games with the locks");
   const orvo_test::Silence silence;
   const orvo_test::ScopedHook hook(
       orvo_test::nanosleep_calls,
@@ -530,10 +570,8 @@ int main(int argc, char** argv) {
   const std::string twin = options.Text("twin");
   if (!twin.empty()) {
     TortureTwinNamed(twin);
-  } else if (const long threads = options.Number("threads", 0)) {
-    TortureAll(static_cast<int>(threads), options);
   } else {
-    for (const int each : {2, 4, 10, 32}) TortureAll(each, options);
+    TortureAll(options);
   }
   return orvo_torture::ExitStatus();
 }

@@ -1,7 +1,8 @@
 // A signal each millisecond interrupts what sleeps: no sleep may be short, and
 // each poll for a lock has to ask for what an interrupted one left over.
 //
-//   signals_torture [--sleeps=N] [--interruptions=N] [--twin=NAME]
+//   signals_torture [--sleeps=N] [--interruptions=N] [--limit=SECONDS]
+//                   [--twin=NAME]
 //
 // The twins are faults to be found: short_sleeps takes an interrupted sleep for
 // a whole one, fresh_polls asks for a whole sleep after an interrupted one.
@@ -165,6 +166,8 @@ class FreshPolls : public orvo::LockImpl_ {
 
 int main(int argc, char** argv) {
   const Options options(argc, argv);
+  const orvo_torture::TimeLimit limit(options.Number("limit", 600),
+                                      "the sleeps and polls");
   // Inherited by no thread, so that the signals meet this one.
   StartTicks();
   const long sleeps = options.Number("sleeps", 200);

@@ -2,10 +2,12 @@
 // has to stay flat, and the open descriptors as well, except for the one that
 // each listdir() keeps.
 //
-//   soak_torture [--seconds=N] [--any-growth] [--twin=NAME]
+//   soak_torture [--seconds=N] [--any-growth] [--limit=SECONDS]
+//                [--twin=NAME]
 //
+// --limit is for what comes after the seconds.
 // --any-growth is for sanitizers, which need memory of their own.
-// The twins are faults to be found: leaks_memory loses a kilobyte in each
+// The twins are faults to be found: leaks_memory loses four kilobytes in each
 // round, leaks_descriptors opens a file now and then.
 #include <fcntl.h>
 #include <malloc.h>
@@ -123,10 +125,12 @@ class Soak {
 
 int main(int argc, char** argv) {
   const Options options(argc, argv);
+  const long seconds = options.Number("seconds", 10);
+  const orvo_torture::TimeLimit limit(seconds + options.Number("limit", 600),
+                                      "the rounds of all families");
   // Threads come and go; as many heaps as there are at once would wander.
   mallopt(M_ARENA_MAX, 2);
-  Soak soak(static_cast<double>(options.Number("seconds", 10)),
-            options.Text("twin"));
+  Soak soak(static_cast<double>(seconds), options.Text("twin"));
   soak.Run();
   soak.Report(options.Has("any-growth"));
   return orvo_torture::ExitStatus();

@@ -1,6 +1,7 @@
 #include "torture/support.h"
 
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -31,9 +32,10 @@ void StartTicks() {
   setitimer(ITIMER_REAL, &millisecond, nullptr);
 }
 
-[[noreturn]] void Fail(const char* what) {
-  std::perror(what);
-  std::_Exit(2);
+void EndWithParent(pid_t parent) {
+  if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0) Fail("prctl");
+  // It may have ended before.
+  if (getppid() != parent) std::_Exit(2);
 }
 
 }  // namespace
@@ -71,6 +73,10 @@ void Faults::Add(const std::string& what) {
 
 TimeLimit::TimeLimit(long seconds, const char* what)
     : thread_([this, seconds, what] {
+        // Signals are for those who work.
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_BLOCK, &all, nullptr);
         std::unique_lock<std::mutex> guard(mutex_);
         if (changed_.wait_for(guard, std::chrono::seconds(seconds),
                               [this] { return over_; })) {
@@ -88,6 +94,11 @@ TimeLimit::~TimeLimit() {
   }
   changed_.notify_all();
   thread_.join();
+}
+
+void Fail(const char* what) {
+  std::perror(what);
+  std::_Exit(2);
 }
 
 void InThreads(int count, const std::function<void(int)>& function) {
@@ -123,9 +134,11 @@ std::uint64_t Scatter(std::uint64_t a, std::uint64_t b, std::uint64_t c) {
 
 pid_t StartChild(int standard_output, const std::function<void()>& function) {
   std::fflush(stdout);
+  const pid_t parent = getpid();
   const pid_t child = fork();
   if (child < 0) Fail("fork");
   if (child == 0) {
+    EndWithParent(parent);
     if (standard_output >= 0 && dup2(standard_output, STDOUT_FILENO) < 0) {
       Fail("dup2");
     }

@@ -83,6 +83,10 @@ class TimeLimit {
   std::thread thread_;
 };
 
+/// Ends the process with status 2, which says that it could not check, and
+/// with the reason that is in errno.
+[[noreturn]] void Fail(const char* what);
+
 /// Calls the function with 0, 1, 2 ... in as many threads, which start it at
 /// once.
 void InThreads(int count, const std::function<void(int)>& function);
@@ -92,7 +96,8 @@ std::uint64_t Scatter(std::uint64_t a, std::uint64_t b = 0,
                       std::uint64_t c = 0);
 
 /// Runs a function in a child process whose standard output is this descriptor
-/// (-1: as here), for as long as it takes.
+/// (-1: as here), for as long as it takes, but no longer than the calling
+/// thread lives.
 ///
 /// @return  The child; the caller waits for it.
 pid_t StartChild(int standard_output, const std::function<void()>& function);

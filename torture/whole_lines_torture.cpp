@@ -1,7 +1,8 @@
 // Many threads write messages, and each has to arrive whole, once and in the
 // order of its thread: in a file, through a pipe and after a redirection.
 //
-//   whole_lines_torture [--threads=N] [--messages=N] [--twin=pieces]
+//   whole_lines_torture [--threads=N] [--messages=N] [--limit=SECONDS]
+//                       [--twin=pieces]
 //
 // --twin=pieces writes each message to std::cout in pieces, which is a fault
 // to be found.
@@ -170,16 +171,17 @@ enum class Way {
   kRedirection
 };
 
-void Torture(Way way, const Size& size, Writer write) {
+void Torture(Way way, const Size& size, Writer write, long seconds) {
   const orvo_torture::Stopwatch watch;
   const orvo_torture::Folder folder;
   const std::string path = folder / "output";
   int ends[2] = {-1, -1};
   if (way == Way::kPipe) {
-    if (pipe2(ends, O_CLOEXEC) != 0) return;
+    if (pipe2(ends, O_CLOEXEC) != 0) orvo_torture::Fail("pipe2");
   } else {
     ends[1] = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
     ends[0] = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (ends[0] < 0 || ends[1] < 0) orvo_torture::Fail("open");
   }
   const int output = way == Way::kRedirection ? -1 : ends[1];
   const pid_t child = orvo_torture::StartChild(output, [&] {
@@ -188,6 +190,8 @@ void Torture(Way way, const Size& size, Writer write) {
     WriteAll(size, write);
   });
   close(ends[1]);
+  // A thread of its own, which must not be there at a fork.
+  const orvo_torture::TimeLimit limit(seconds, "the messages");
 
   Faults faults;
   Checker checker(size);
@@ -214,7 +218,7 @@ int main(int argc, char** argv) {
   const Writer write =
       options.Text("twin") == "pieces" ? WriteInPieces : WriteMessage;
   for (const Way way : {Way::kFile, Way::kPipe, Way::kRedirection}) {
-    Torture(way, size, write);
+    Torture(way, size, write, options.Number("limit", 600));
   }
   return orvo_torture::ExitStatus();
 }
