@@ -20,7 +20,8 @@ std::string ReadComment(const std::string& path) {
   std::string comment = orvo::get_comm(file);
   comment.erase(comment.find_last_not_of('\0') + 1);
   for (char& c : comment) {
-    if ((c >= 0 && c < ' ') || c == '\x7f') c = ' ';
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < ' ' || byte == 0x7f) c = ' ';
   }
   return comment;
 }

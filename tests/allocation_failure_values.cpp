@@ -522,7 +522,7 @@ void AddPaths(Cases* cases) {
            {"orvo::path::dirname(", orvo::path::dirname},
        }) {
     cases->push_back(
-        {{{prefix, 1}}, kThrows, Just([cut = cut] { cut(kPath); })});
+        {{{prefix, 1}}, kThrows, Just([part = cut] { part(kPath); })});
   }
   cases->push_back({{{"orvo::path::extension(", 1}}, kThrows, Just([] {
                       orvo::path::extension("a." + kLong);
