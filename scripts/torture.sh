@@ -71,7 +71,7 @@ check_debug_books() {
 check_conditions() {
   run conditions --hand-overs="$(form 50000 1000000)" --rounds="$(form 1 10)" \
     --limit="$patience"
-  find_fault conditions --twin=forgets_a_signal --hand-overs=100 --limit=2
+  find_fault conditions --twin=forgets_signals --hand-overs=100 --limit=2
   find_fault conditions --twin=early_clock
   find_fault conditions --twin=wall_clock
 }
