@@ -120,6 +120,17 @@ class ReadOnly {
   const TemporaryFolder folder_;
 };
 
+// A program that logs to the path by this action says that it cannot.
+void ExpectReport(const std::string& action, const std::string& path) {
+  const ProgramResult result = RunBroken({"whole", action, path});
+  EXPECT_EQ(result.exit_status, 0);
+  EXPECT_EQ(result.errors, kOutputWorks);
+  EXPECT_EQ(result.output,
+            "LogException(m)\n"
+            "Unable to write to threadExceptionLogPath: " +
+                path + "\nf line 7: m\nkept\n");
+}
+
 TEST(BrokenExceptionLog, IsReportedOnTheStandardOutput) {
   const TemporaryFolder folder;
   std::filesystem::create_symlink("missing/log", folder / "to_nothing");
@@ -130,27 +141,15 @@ TEST(BrokenExceptionLog, IsReportedOnTheStandardOutput) {
         folder / "to_nothing", folder / "file/log",
         folder / std::string(300, 'x')}) {
     SCOPED_TRACE(path);
-    const ProgramResult result = RunBroken({"whole", "log", path});
-    EXPECT_EQ(result.exit_status, 0);
-    EXPECT_EQ(result.errors, kOutputWorks);
-    EXPECT_EQ(result.output,
-              "LogException(m)\n"
-              "Unable to write to threadExceptionLogPath: " +
-                  path + "\nf line 7: m\nkept\n");
+    ExpectReport("log", path);
   }
 }
 
 TEST(BrokenExceptionLog, LeavesAloneWhatItMayNotWrite) {
   const ReadOnly read_only;
   for (const char* name : {"file", "new"}) {
-    const std::string path = read_only / name;
-    const ProgramResult result = RunBroken({"whole", "nobody_log", path});
-    EXPECT_EQ(result.exit_status, 0);
-    EXPECT_EQ(result.errors, kOutputWorks);
-    EXPECT_EQ(result.output,
-              "LogException(m)\n"
-              "Unable to write to threadExceptionLogPath: " +
-                  path + "\nf line 7: m\nkept\n");
+    SCOPED_TRACE(name);
+    ExpectReport("nobody_log", read_only / name);
   }
   EXPECT_EQ(ReadFile(read_only / "file"), "old\n");
   EXPECT_FALSE(std::filesystem::exists(read_only / "new"));
