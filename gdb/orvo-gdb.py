@@ -612,12 +612,14 @@ class Report:
         self.print_deadlocks(reported)
 
     def print_deadlocks(self, ids):
-        for cycle in dict.fromkeys(frozenset(self.cycle(id)) for id in ids):
-            members = [id for id in self.threads.by_id if id in cycle]
-            text = " and ".join(self.threads.describe(id) for id in members)
-            if len(members) == 1:
+        printed = set()
+        for id in ids:
+            cycle = [] if id in printed else self.cycle(id)
+            printed.update(cycle)
+            text = " and ".join(self.threads.describe(member) for member in cycle)
+            if len(cycle) == 1:
                 print_lines("Deadlock: %s waits for itself." % text)
-            elif members:
+            elif cycle:
                 print_lines("Deadlock: %s wait for each other." % text)
 
 

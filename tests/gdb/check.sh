@@ -96,7 +96,8 @@ END
 # The selected thread is the one that has arrived last.
 debug -x "$source/tests/gdb/hang.gdb" -x "$script" -ex 'thread 7' -ex 'echo ---\n' \
   -ex 'info orvo-locks' -ex 'info orvo-locks 3' -ex 'info orvo-locks cook' \
-  -ex 'info orvo-locks nobody' -ex 'echo \n' -ex 'info orvo-locks all' \
+  -ex 'info orvo-locks 5' -ex 'info orvo-locks nobody' -ex 'echo \n' \
+  -ex 'info orvo-locks all' \
   -ex "gcore $work/core" --args "$debuggee" hang >"$work/hang"
 expect hang <<END
 Thread 7 "apprentice"
@@ -111,6 +112,11 @@ Thread 4 "cook"
   waits for "counter", held by thread 5 (unnamed), depth 1
     at $(place cook)
 Deadlock: thread 4 "cook" and thread 5 (unnamed) wait for each other.
+Thread 5 (unnamed)
+  holds "counter", depth 1, last announced from Serve --> kitchen.cpp:51
+  waits for "stove", held by thread 4 "cook", depth 1
+    at $(place waiter)
+Deadlock: thread 5 (unnamed) and thread 4 "cook" wait for each other.
 No thread has the number or the name nobody.
 
 Thread 1 "main"
