@@ -31,6 +31,13 @@ constexpr auto kThrows = OutOfMemory::kThrows;
 constexpr auto kMayBeKept = OutOfMemory::kMayBeKept;
 constexpr auto kEnds = OutOfMemory::kEnds;
 
+// For what only streams ask for: those of libc++ have room for short texts.
+#ifdef __GLIBCXX__
+constexpr auto kStreamThrows = kThrows;
+#else
+constexpr auto kStreamThrows = kNeverMatters;
+#endif
+
 // No string holds it without memory of its own.
 const std::string kLong = "a text that takes more room than a string has";
 
@@ -128,7 +135,7 @@ void AddOutput(Cases* cases) {
        }});
   cases->push_back(
       {{{"orvo::ThreadSafeOStream::", 4}},
-       kThrows,
+       kStreamThrows,
        [folder = std::make_shared<TemporaryFolder>()](Attempt& attempt) {
          const std::string path = *folder / kLong;
          std::ostringstream target;
@@ -315,14 +322,14 @@ void AddNumbers(Cases* cases) {
                       ReadNumbers<unsigned long long>();
                     })});
   // Compiled by the caller.
-  cases->push_back({{{"orvo::StringToNumber<double>", 0}}, kThrows, Just([] {
-                      double number = 0;
-                      if (!orvo::StringToNumber("1.5", number) ||
-                          number != 1.5 ||
-                          orvo::StringToNumber<double>(" 2.5 ") != 2.5) {
-                        throw std::logic_error("read wrong");
-                      }
-                    })});
+  cases->push_back(
+      {{{"orvo::StringToNumber<double>", 0}}, kStreamThrows, Just([] {
+         double number = 0;
+         if (!orvo::StringToNumber("1.5", number) || number != 1.5 ||
+             orvo::StringToNumber<double>(" 2.5 ") != 2.5) {
+           throw std::logic_error("read wrong");
+         }
+       })});
   cases->push_back({{{"orvo::ParseSigned_(", 1}, {"orvo::ParseUnsigned_(", 1}},
                     kNeverMatters,
                     Just([] {

@@ -28,6 +28,7 @@
 #include "tests/support/interpose/calls.h"
 #include "tests/support/latch.h"
 #include "tests/support/recording_streambuf.h"
+#include "tests/support/standard_library.h"
 
 namespace {
 
@@ -252,6 +253,7 @@ TEST(ThreadSafeOStream, LosesOutputWhenTheFileCannotBeOpened) {
 }
 
 TEST(ThreadSafeOStream, IsRedirectedInTheEndAlthoughMemoryRanOut) {
+  ORVO_NEEDS_LIBSTDCXX();
   const TemporaryFolder folder;
   const std::string path = folder / "file";
   std::ostringstream target;
