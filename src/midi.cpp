@@ -18,6 +18,7 @@ constexpr int kHighestNote = 127;
 constexpr int kNotesPerOctave = 12;
 constexpr int kOctaveOffset = 3 - kMiddleC / kNotesPerOctave;
 constexpr unsigned char kNoLetter = 0xff;
+constexpr int kNoOctave = 99;  // beyond that of every note
 
 using Spellings = std::array<std::string_view, kNotesPerOctave>;
 constexpr Spellings kSharpSpellings = {"C",  "C#", "D",  "D#", "E",  "F",
@@ -59,13 +60,14 @@ int OffsetOf(std::string_view accidental) {
                         " is not a valid accidental.");
 }
 
-// Reads one digit, or a minus and one digit.
-std::optional<int> ReadShortOctave(std::string_view text) {
+// Reads one digit, or a minus and one digit but 0.
+int ReadShortOctave(std::string_view text) {
   if (text.size() == 1 && internal::IsDigit(text[0])) return text[0] - '0';
-  if (text.size() == 2 && text[0] == '-' && internal::IsDigit(text[1])) {
+  if (text.size() == 2 && text[0] == '-' && internal::IsDigit(text[1]) &&
+      text[1] != '0') {
     return '0' - text[1];
   }
-  return std::nullopt;
+  return kNoOctave;
 }
 
 // Where a name goes on behind its letter and any accidentals.
@@ -217,13 +219,10 @@ std::optional<Note> ParseNote(std::string_view name) {
   const std::size_t octave_start = StartOfOctave(name);
   const std::optional<int> offset =
       octave_start == 1 ? 0 : FindOffset(name.substr(1, octave_start - 1));
-  const std::string_view octave_text = name.substr(octave_start);
-  // Every octave of a MIDI note is short.
-  const std::optional<int> octave = ReadShortOctave(octave_text);
-  if (!offset || !octave || octave_text == "-0") return std::nullopt;
+  const int octave = ReadShortOctave(name.substr(octave_start));
+  if (!offset) return std::nullopt;
 
-  const int index =
-      (*octave - kOctaveOffset) * kNotesPerOctave + base + *offset;
+  const int index = (octave - kOctaveOffset) * kNotesPerOctave + base + *offset;
   if (index < 0 || index > kHighestNote) return std::nullopt;
   return Note(static_cast<unsigned char>(index));
 }
