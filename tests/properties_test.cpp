@@ -109,7 +109,7 @@ RC_GTEST_PROP(NumberProperty, ReadsPrintedIntegers,
 
 RC_GTEST_PROP(NumberProperty, ReadsPrintedFloats, (double number)) {
   char text[64];
-  const auto end = std::to_chars(text, text + sizeof text, number).ptr;
+  const char* const end = std::to_chars(text, text + sizeof text, number).ptr;
   RC_ASSERT(orvo::StringToNumber<double>(std::string(text, end)) == number);
 }
 
@@ -192,7 +192,7 @@ RC_GTEST_PROP(NaturalOrderProperty, IsAStrictWeakOrder, ()) {
   const auto text = rc::gen::oneOf(
       rc::gen::resize(15, TextOf("019a/")),
       rc::gen::map(rc::gen::resize(8, TextOf("019a/")),
-                   [](std::string end) { return "x214748364" + end; }));
+                   [](const std::string& end) { return "x214748364" + end; }));
   const Texts texts = {*text, *text, *text};
   CheckStrictWeakOrder(orvo::NumericStringCompare(), texts);
   CheckStrictWeakOrder(orvo::NaturalLess(), texts);

@@ -74,7 +74,8 @@ extern template std::string Join(ConstStringIterator_, ConstStringIterator_);
 
 /// What follows the last slash; the whole path if there is none.
 ///
-/// A path that ends with a slash has an empty base name.
+/// A path that ends with a slash has an empty base name. Where <libgen.h> is
+/// included as well, "#undef basename" takes its macro of that name away.
 ORVO_EXPORT std::string basename(const std::string& path);
 
 /// What precedes the last slash; empty if there is none.

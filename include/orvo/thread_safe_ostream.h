@@ -46,7 +46,8 @@ class ORVO_EXPORT ThreadSafeOStream {
   /// Gives the target its own buffer back and closes the redirection file.
   virtual ~ThreadSafeOStream();
 
-  /// Inserts one value into the target while holding the mutex.
+  /// Inserts one value into the target while holding the mutex, so the value's
+  /// own inserter must not write to this stream or call LogException().
   template <typename Value>
   ThreadSafeOStream& operator<<(Value value) {
     const std::lock_guard<std::mutex> guard(mutex_);
