@@ -415,6 +415,21 @@ TEST(CoutBuffer, TakesWhatOnlyMovesWhileTemporary) {
   EXPECT_EQ(capture.Text(), "ticket 7\n");
 }
 
+// A value that is inserted by a reference to what is not constant.
+struct Counter {
+  int next = 1;
+};
+
+std::ostream& operator<<(std::ostream& stream, Counter& counter) {
+  return stream << counter.next++;
+}
+
+TEST(CoutBuffer, TakesWhatAStringStreamTakesAsAnObject) {
+  const StdoutCapture capture;
+  CoutBuffer() << Counter() << Counter() << orvo::endl;
+  EXPECT_EQ(capture.Text(), "11\n");
+}
+
 // Declared only: a reference to the constant would not link.
 struct Limits {
   static const int kMost = 7;

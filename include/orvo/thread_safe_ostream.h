@@ -107,7 +107,7 @@ class ORVO_EXPORT OutBuffer : public std::ostringstream {
   /// Appends a value; no lock is taken.
   template <typename Value>
   OutBuffer& operator<<(Value value) & {
-    static_cast<std::ostringstream&>(*this) << std::move(value);
+    static_cast<std::ostringstream&>(*this) << value;
     return *this;
   }
 
