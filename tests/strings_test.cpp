@@ -638,10 +638,12 @@ TEST(SplitString, CutsAtAnyByte) {
   for (int code = 0; code < 256; ++code) {
     const char separator = static_cast<char>(code);
     const char other = static_cast<char>(code ^ 1);
-    const std::string part(3, other);
-    EXPECT_THAT(
-        orvo::SplitString(part + separator + part + part, separator, -1),
-        ElementsAre(part, part + part))
+    const std::string first(3, other);
+    const std::string last(6, other);
+    std::string text = first + separator;
+    text += last;
+    EXPECT_THAT(orvo::SplitString(text, separator, -1),
+                ElementsAre(first, last))
         << code;
   }
 }
@@ -796,8 +798,9 @@ TEST(JoinString, JoinsItemsOfEveryLength) {
       for (const std::size_t b_size : sizes) {
         const std::string first = letters.substr(0, a_size);
         const std::string last = letters.substr(letters.size() - b_size);
-        ASSERT_EQ(orvo::JoinString({last, first, last}, separator),
-                  last + separator + first + separator + last);
+        std::string joined = last + separator;
+        joined.append(first).append(separator).append(last);
+        ASSERT_EQ(orvo::JoinString({last, first, last}, separator), joined);
       }
     }
   }

@@ -260,7 +260,7 @@ class SettableClock {
   }
 
   int TimedWait(pthread_cond_t* condition, pthread_mutex_t* mutex,
-                const timespec* deadline) {
+                const timespec* deadline) const {
     constexpr std::int64_t kLook = 1000000;
     for (;;) {
       const std::int64_t left = Nanoseconds(*deadline) - Now();

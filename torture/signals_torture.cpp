@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <csignal>
 #include <ctime>
 #include <future>
@@ -151,7 +152,8 @@ class FreshPolls : public orvo::LockImpl_ {
  public:
   using LockImpl_::LockImpl_;
   bool TimedLock(double seconds) override {
-    for (double elapsed = 0; elapsed < seconds; elapsed += 2e-6) {
+    const long polls = std::lround(seconds / 2e-6);
+    for (long i = 0; i < polls; ++i) {
       if (try_lock()) return true;
       const timespec request{0, 2000};
       timespec remainder{};

@@ -42,7 +42,7 @@ void UseTexts(Answers& answers) {
                  "NumericStringCompare");
   answers.Expect(orvo::NumericString("file9") < orvo::NumericString("file10"),
                  "NumericString");
-  answers.Expect(orvo::format_paragraph("one two three", 0, 8) != "",
+  answers.Expect(!orvo::format_paragraph("one two three", 0, 8).empty(),
                  "format_paragraph()");
   answers.Expect(orvo::StrGen::digit() == "0123456789", "StrGen");
 }
@@ -52,7 +52,7 @@ void UseOutput(Answers& answers) {
   orvo::LogAttempt("file.cpp", 7, "to write");
   orvo::LogSuccess("file.cpp", 7, "to write");
   answers.Expect(
-      orvo::CreateFailureMessage("file.cpp", 7, "to write", "none") != "",
+      !orvo::CreateFailureMessage("file.cpp", 7, "to write", "none").empty(),
       "CreateFailureMessage()");
   orvo::LogException("an exception", "file.cpp", 7);
 }
