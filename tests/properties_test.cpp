@@ -109,7 +109,7 @@ RC_GTEST_PROP(NumberProperty, ReadsPrintedIntegers,
 
 RC_GTEST_PROP(NumberProperty, ReadsPrintedFloats, (double number)) {
   char text[64];
-  const char* const end = std::to_chars(text, text + sizeof text, number).ptr;
+  char* const end = std::to_chars(text, text + sizeof text, number).ptr;
   RC_ASSERT(orvo::StringToNumber<double>(std::string(text, end)) == number);
 }
 
