@@ -64,7 +64,8 @@ std::streamoff PassOthers(std::istream& stream, std::streamoff end,
         !IsNear(stream, with_next)) {
       return position;
     }
-    stream.read(piece, with_next);
+    // A buffer may count more as available than its file holds in the end.
+    if (!stream.read(piece, with_next)) return position;
     std::memcpy(header, piece + size, kHeaderSize);
     position += with_next;
   }

@@ -10,6 +10,7 @@
 #include <fstream>
 #include <functional>
 #include <ios>
+#include <istream>
 #include <iterator>
 #include <new>
 #include <random>
@@ -395,6 +396,26 @@ TEST(GetComm, StopsWhenATruncatedTagEnds) {
     EXPECT_THAT(
         [&] { GetComment(tag.substr(0, size)); },
         ThrowsMessage<NoID3Found>("No ID3 tag found. " + tag.substr(0, size)));
+  }
+}
+
+// Counts more bytes as available than it has, as a file that shrinks does.
+class ShrunkenBuffer : public std::stringbuf {
+ public:
+  using std::stringbuf::stringbuf;
+
+ protected:
+  std::streamsize showmanyc() override { return 1000; }
+};
+
+TEST(GetComm, StopsWhenAStreamHasLessThanItsBufferPromises) {
+  const std::string tag =
+      Id3Tag(1000, Id3Frame("TIT2", 100, "") + Id3Comment("", "not reached"));
+  for (std::size_t size = 10; size <= tag.size(); ++size) {
+    SCOPED_TRACE(size);
+    ShrunkenBuffer buffer(tag.substr(0, size), std::ios_base::in);
+    std::istream stream(&buffer);
+    EXPECT_EQ(orvo::get_comm(stream), "");
   }
 }
 
