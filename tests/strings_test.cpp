@@ -6,6 +6,7 @@
 #include <array>
 #include <climits>
 #include <forward_list>
+#include <iterator>
 #include <limits>
 #include <list>
 #include <locale>
@@ -762,6 +763,14 @@ TEST(JoinString, JoinsRangesOfOtherTexts) {
   EXPECT_EQ(orvo::JoinString(views.begin(), views.end(), '/'), "a/b/c");
   EXPECT_EQ(orvo::JoinString(views.begin(), views.end(), LongSeparator(", ")),
             "a, b, c");
+}
+
+TEST(JoinString, JoinsARangeThatIsReadOnce) {
+  using Words = std::istream_iterator<std::string>;
+  std::istringstream words("one two three");
+  EXPECT_EQ(orvo::JoinString(Words(words), Words(), '/'), "one/two/three");
+  std::istringstream word("one");
+  EXPECT_EQ(orvo::JoinString(Words(word), Words(), '/'), "one");
 }
 
 TEST(JoinString, AllocatesTheResultOnce) {

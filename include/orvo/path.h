@@ -56,7 +56,7 @@ ORVO_EXPORT std::string Join(const std::string& a, const std::string& b);
 /// @endcode
 ORVO_EXPORT std::string Join(std::initializer_list<std::string> parts);
 
-/// The same for the parts of a range, which is walked twice.
+/// The same for the parts of a range.
 ///
 /// Present only for iterators over texts: Join("a/", "/b") means two parts.
 template <typename Iterator, typename = RequireTexts_<Iterator>>
@@ -176,7 +176,8 @@ ORVO_EXPORT void MakeDirectories(const std::string& path);
 /// comes before "file10". Names that tie, such as "7" and "07", stand in the
 /// order of their bytes.
 ///
-/// Unlike listdir() it closes the directory.
+/// Unlike listdir() it closes the directory; like there, the rest is missing if
+/// reading fails.
 ///
 /// @throws BadDir  The directory cannot be opened; the message is errmsg()'s
 ///                 text alone.

@@ -48,6 +48,12 @@ inline constexpr bool is_one_of_ = (std::is_same_v<Type, Types> || ...);
 using StringIterator_ = std::vector<std::string>::iterator;
 using ConstStringIterator_ = std::vector<std::string>::const_iterator;
 
+// Whether a range can be walked more than once.
+template <typename Iterator>
+inline constexpr bool is_multi_pass_ = std::is_base_of_v<
+    std::forward_iterator_tag,
+    typename std::iterator_traits<Iterator>::iterator_category>;
+
 template <typename Iterator>
 inline constexpr bool is_array_of_strings_ =
     is_one_of_<Iterator, std::string*, const std::string*, StringIterator_,
@@ -95,6 +101,8 @@ ORVO_EXPORT_INLINE inline bool endswith(const std::string& text,
 }
 
 /// Whether there are only digits; true for the empty text.
+///
+/// Kept on purpose, here and below: takes a variable, which it does not change.
 ORVO_EXPORT bool StringIsDigits(std::string& text);
 
 /// Whether there are only letters; true for the empty text.
@@ -275,8 +283,8 @@ ORVO_EXPORT std::string JoinArray_(const std::string* items, std::size_t count,
                                    std::string_view separator);
 /// @endcond
 
-/// The texts of a range with @p separator between them. The range is walked
-/// twice: first for the size of the result, which is allocated once.
+/// The texts of a range with @p separator between them. Where the range can be
+/// walked twice, the result is allocated once.
 template <typename Iterator, typename Separator,
           typename = RequireTexts_<Iterator>>
 std::string JoinString(Iterator first, Iterator last,
@@ -287,13 +295,15 @@ std::string JoinString(Iterator first, Iterator last,
     return JoinArray_(&*first, static_cast<std::size_t>(last - first),
                       std::string_view(&separator, 1));
   } else {
-    const std::size_t separator_size = GetTokenSize_(separator);
-    std::size_t size = 0;
-    for (Iterator item = first; item != last; ++item) {
-      size += std::string_view(*item).size() + separator_size;
-    }
     std::string joined;
-    joined.reserve(size - separator_size);
+    if constexpr (is_multi_pass_<Iterator>) {
+      const std::size_t separator_size = GetTokenSize_(separator);
+      std::size_t size = 0;
+      for (Iterator item = first; item != last; ++item) {
+        size += std::string_view(*item).size() + separator_size;
+      }
+      joined.reserve(size - separator_size);
+    }
     joined += std::string_view(*first);
     while (++first != last) {
       joined += separator;
