@@ -36,6 +36,12 @@
 
 namespace orvo {
 
+class DebugLockImpl_;
+
+namespace internal {
+void RecordAcquisition(DebugLockImpl_& impl);
+}  // namespace internal
+
 /// Names the place in the source from which a lock was taken.
 class ORVO_EXPORT LockingCodeReference {
  public:
@@ -277,6 +283,7 @@ class ORVO_EXPORT DebugRLockImpl_ : public DebugLockImpl_ {
   // Prints the banner of a lock in other hands and the list that follows it.
   void PrintContention();
 
+  friend void internal::RecordAcquisition(DebugLockImpl_& impl);
   friend class DebugLockImpl_;  // whose GetDepth() looks up the holder's count
 
   // Entries are never erased. Guarded by books_mutex_.

@@ -1,8 +1,6 @@
 #ifndef ORVO_SRC_INTERNAL_DEBUG_BOOKS_H_
 #define ORVO_SRC_INTERNAL_DEBUG_BOOKS_H_
 
-#include <pthread.h>
-
 #include <thread>
 
 #include "orvo/orvo_lock_debug.h"
@@ -15,15 +13,10 @@ namespace orvo::internal {
 inline void RecordAcquisition(DebugLockImpl_& impl) {
   const std::thread::id threadId = std::this_thread::get_id();
   if (auto* const recursive = dynamic_cast<DebugRLockImpl_*>(&impl)) {
-    try {
-      recursive->IncrementCount(threadId);
-    } catch (...) {
-      pthread_mutex_unlock(impl.get_mutex());
-      throw;
-    }
+    recursive->CountAcquisition(threadId);
+  } else {
+    impl.DebugLockImpl_::SetOwner(threadId);
   }
-  // That of the recursive lock hands a count over, which no free lock has.
-  impl.DebugLockImpl_::SetOwner(threadId);
 }
 
 }  // namespace orvo::internal
