@@ -22,20 +22,11 @@ namespace {
 // Characters that are looked at all at once.
 constexpr std::size_t kBlock = 16;
 
-// The top bit of each byte that is not a slash.
-std::uint64_t OthersThanSlashes(const char* block) {
-  const std::uint64_t zero_if_slash =
-      internal::LoadWord(block) ^ internal::InEachByte('/');
-  // No sum of two bytes carries into the next one.
-  constexpr std::uint64_t kLowBits = ~internal::kTopBits;
-  return zero_if_slash | ((zero_if_slash & kLowBits) + kLowBits);
-}
-
 // The top bit of each of the eight characters that is a slash and has one
 // behind it.
 std::uint64_t DoubledSlashes(const char* block) {
-  return ~(OthersThanSlashes(block) | OthersThanSlashes(block + 1)) &
-         internal::kTopBits;
+  return internal::BytesEqualTo('/', internal::LoadWord(block)) &
+         internal::BytesEqualTo('/', internal::LoadWord(block + 1));
 }
 
 // The same for sixteen, as vectors: only whether there is one.

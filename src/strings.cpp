@@ -8,6 +8,7 @@
 
 #include "internal/ascii.h"
 #include "internal/number_text.h"
+#include "internal/words.h"
 
 namespace orvo {
 namespace {
@@ -130,20 +131,12 @@ std::size_t CountCuts(const std::string& text, char separator,
 
 // The first separator, which is known to be there.
 const char* FindSeparator(const char* start, const char* end, char separator) {
-#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
   // Most parts are short: eight bytes at once find their end without a call.
   if (end - start >= 8) {
-    constexpr std::uint64_t kLowBits = 0x7f7f7f7f7f7f7f7f;
-    std::uint64_t bytes;
-    std::memcpy(&bytes, start, sizeof bytes);
-    bytes ^= std::uint64_t{0x0101010101010101} *
-             static_cast<unsigned char>(separator);
-    // The highest bit of each byte that was a separator.
     const std::uint64_t found =
-        ~(((bytes & kLowBits) + kLowBits) | bytes | kLowBits);
-    if (found != 0) return start + __builtin_ctzll(found) / 8;
+        internal::BytesEqualTo(separator, internal::LoadWord(start));
+    if (found != 0) return start + internal::LeadingZeroBytes(found);
   }
-#endif
   return static_cast<const char*>(
       std::memchr(start, separator, static_cast<std::size_t>(end - start)));
 }

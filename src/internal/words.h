@@ -23,6 +23,15 @@ inline std::uint64_t LoadWord(const char* bytes) {
   return word;
 }
 
+// The top bit of each byte that is this character.
+inline std::uint64_t BytesEqualTo(char character, std::uint64_t word) {
+  const std::uint64_t zero_if_equal =
+      word ^ InEachByte(static_cast<unsigned char>(character));
+  // No sum of two bytes carries into the next one.
+  return ~(zero_if_equal | ((zero_if_equal & ~kTopBits) + ~kTopBits)) &
+         kTopBits;
+}
+
 // How many bytes in memory come before the first one that is not zero. The word
 // must have one.
 inline std::size_t LeadingZeroBytes(std::uint64_t word) {
