@@ -1,5 +1,5 @@
 # Shared by the scripts beside it: installing what is missing, and building
-# without noise. Sourced, never run.
+# without noise. Sourced, never run. What sets variables does so in a subshell.
 
 callers_folder=$PWD
 project=$(cd "$(dirname "$0")/.." && pwd)
@@ -22,7 +22,7 @@ absolute() {
 
 # need WHAT:PACKAGE...: makes sure that each command or file WHAT is there and
 # installs the Debian packages of those that are not.
-need() {
+need() (
   missing= packages=
   for entry in "$@"; do
     what=${entry%%:*}
@@ -52,7 +52,7 @@ need() {
     fail "could not install:$packages"
   }
   rm -f "$log"
-}
+)
 
 need_build_tools() { need g++:g++ cmake:cmake ninja:ninja-build; }
 
@@ -65,7 +65,7 @@ need_test_tools() {
 
 # build PRESET [TARGET...]: configures and builds, silent unless something goes
 # wrong.
-build() {
+build() (
   preset=$1
   shift
   log=$project/build/$preset.log
@@ -75,7 +75,7 @@ build() {
     grep -E 'error|warning|FAILED|CMake Error' -A 5 "$log" | head -n 60 >&2
     fail "building preset $preset failed; the whole log is build/$preset.log"
   }
-}
+)
 
 # run_tests PRESET: builds and runs the tests of a preset, one line each.
 run_tests() {
