@@ -35,8 +35,17 @@ export PKG_CONFIG_PATH
 LD_LIBRARY_PATH=$(pkg-config --variable=libdir orvo) expect_hello "$work/consumer"
 [ "$(pkg-config --modversion orvo)" = "$version" ] || { echo "orvo.pc names another version." >&2; exit 1; }
 
+# installs DIRECTORY: the files that an installation of this consumer holds.
+installs() {
+  cmake --install "$1" --prefix "$1/prefix" >/dev/null
+  mkdir -p "$1/prefix"
+  find "$1/prefix" ! -type d
+}
+
 build_consumer "$work/subdirectory" -DORVO_SOURCE_DIR="$source"
 expect_hello "$work/subdirectory/consumer"
+installs "$work/subdirectory" | grep -q 'liborvo\.so$' || { echo "orvo is not installed." >&2; exit 1; }
 
-build_consumer "$work/static" -DORVO_SOURCE_DIR="$source" -DBUILD_SHARED_LIBS=OFF
+build_consumer "$work/static" -DORVO_SOURCE_DIR="$source" -DBUILD_SHARED_LIBS=OFF -DORVO_INSTALL=OFF
 expect_hello "$work/static/consumer"
+[ -z "$(installs "$work/static")" ] || { echo "orvo is installed." >&2; exit 1; }
