@@ -30,6 +30,7 @@ bool IsTheSystems(const char* name, Function* function) {
 const bool formattersAreTheSystems =
     IsTheSystems("strftime", strftime) && IsTheSystems("vsnprintf", vsnprintf);
 
+// So has every time there is, unless a program brings its own gmtime_r().
 bool HasCommonFields(const std::tm& fields) {
   const auto in_range = [](int value, int first, int last) {
     return first <= value && value <= last;

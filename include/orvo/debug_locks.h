@@ -74,7 +74,7 @@ class ORVO_EXPORT DebugLock : public OrvoLock {
   bool try_lock() ORVO_TRY_ACQUIRE(true) override;
 
   /// Polls for the lock, in silence; see LockImpl_::TimedLock() for what the
-  /// time means.
+  /// time means and what is thrown.
   bool TimedLock(double seconds) ORVO_TRY_ACQUIRE(true);
 
   /// @name Waits in real time

@@ -45,9 +45,15 @@ namespace orvo {
 class ORVO_EXPORT ORVO_LOCKABLE OrvoLock {
  public:
   /// Waits until the lock is free and takes it.
+  ///
+  /// @throws std::runtime_error  This thread holds the lock already, a debug
+  ///                             lock that is not recursive.
+  /// @throws LockError           The system reports an error to a debug lock.
   virtual void lock() ORVO_ACQUIRE() = 0;
 
   /// Releases the lock.
+  ///
+  /// @throws LockError  This thread does not hold the lock, a debug lock.
   virtual void unlock() ORVO_RELEASE() = 0;
 
   /// Takes the lock if it is free.
@@ -200,7 +206,11 @@ class ORVO_EXPORT Lock : public OrvoLock {
   void unlock() ORVO_RELEASE() override;
   bool try_lock() ORVO_TRY_ACQUIRE(true) override;
 
-  /// Polls for the lock; see LockImpl_::TimedLock() for what the time means.
+  /// Polls for the lock; see LockImpl_::TimedLock() for what the time means and
+  /// what is thrown.
+  ///
+  /// Kept on purpose: a debug implementation records no owner, so that its
+  /// unlock() throws. TryLockFor() records one.
   bool TimedLock(double seconds) ORVO_TRY_ACQUIRE(true);
 
   /// @name Waits in real time

@@ -46,8 +46,9 @@ class ORVO_EXPORT ThreadSafeOStream {
   /// Gives the target its own buffer back and closes the redirection file.
   virtual ~ThreadSafeOStream();
 
-  /// Inserts one value into the target while holding the mutex, so the value's
-  /// own inserter must not write to this stream or call LogException().
+  /// Inserts one value into the target while holding the mutex. The value's own
+  /// inserter must do nothing that may print: not write to this stream, take a
+  /// debug lock, log an exception or read a stack.
   template <typename Value>
   ThreadSafeOStream& operator<<(Value value) {
     const std::lock_guard<std::mutex> guard(mutex_);
