@@ -38,9 +38,11 @@ namespace orvo {
 
 class DebugLockImpl_;
 
+/// @cond
 namespace internal {
 void RecordAcquisition(DebugLockImpl_& impl);
 }  // namespace internal
+/// @endcond
 
 /// Names the place in the source from which a lock was taken.
 class ORVO_EXPORT LockingCodeReference {
