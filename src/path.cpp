@@ -39,8 +39,9 @@ bool HasDoubledSlash(const char* block) {
   return doubled != 0;
 }
 
-// The place of the first two slashes in a row, or npos.
-std::size_t FindDoubledSlash(std::string_view text) {
+// The place of the first two slashes in a row, or npos. Where chance puts the
+// loops across lines of the instruction cache, they take a third longer.
+[[gnu::aligned(64)]] std::size_t FindDoubledSlash(std::string_view text) {
   if (text.size() <= internal::kWordSize) return text.find("//");
   const char* const data = text.data();
   std::size_t i = 0;
